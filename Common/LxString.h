@@ -1,0 +1,250 @@
+// LxStringT<Ch>: the byte string of every interface (only the char instantiation is used, as LxString).
+//
+// Layout: one pointer to the first character. The 8 bytes before it hold the capacity (bytes for characters,
+// terminator included) and then the length (terminator excluded), both unsigned 32-bit. The characters are always
+// zero-terminated. An empty string still owns a block (capacity 1), so default construction allocates; only a
+// moved-from string points at a shared static empty block (capacity 0), which any write replaces.
+//
+// Growth: appending k characters to a string of length l grows the block to exactly l + k + 1; appending a single
+// character doubles the capacity; assignment reallocates only when the capacity is too small.
+//
+// Strings are byte strings: no encoding is assumed and case conversion is ASCII only. Not thread-safe.
+#pragma once
+
+#include "Common/LxApi.h"
+#include "Common/LxArray.h"
+#include "Common/LxMemory.h"
+
+#include <cstdarg>
+#include <cstdint>
+#include <cstring>
+
+template <class Ch>
+class LxStringT
+{
+public:
+    LxStringT() { Init(0); }
+    LxStringT(const Ch* text) { InitFrom(text, text ? Measure(text) : 0); }
+    LxStringT(const Ch* text, unsigned int length) { InitFrom(text, length); }
+    LxStringT(const LxStringT& other) { InitFrom(other.m_pData, other.Length()); }
+    LxStringT(LxStringT&& other) noexcept : m_pData(other.m_pData) { other.m_pData = EmptyRep(); }
+    ~LxStringT() { Release(); }
+
+    LxStringT& operator=(const LxStringT& other)
+    {
+        if (this != &other)
+            Assign(other.m_pData, other.Length());
+        return *this;
+    }
+    LxStringT& operator=(LxStringT&& other) noexcept
+    {
+        if (this != &other)
+        {
+            Release();
+            m_pData = other.m_pData;
+            other.m_pData = EmptyRep();
+        }
+        return *this;
+    }
+    LxStringT& operator=(const Ch* text)
+    {
+        Assign(text, text ? Measure(text) : 0);
+        return *this;
+    }
+
+    // --- access -------------------------------------------------------------------------------------------------
+    const Ch* c_str() const { return m_pData; }
+    // Writable characters; after writing through it call SetLength (or keep the length unchanged).
+    Ch* GetBuffer() { return m_pData; }
+    unsigned int Length() const { return Header()->length; }
+    unsigned int Capacity() const { return Header()->capacity; }
+    bool IsEmpty() const { return Length() == 0; }
+    Ch operator[](unsigned int i) const { return m_pData[i]; }
+    Ch& operator[](unsigned int i) { return m_pData[i]; }
+    Ch Last() const { return Length() ? m_pData[Length() - 1] : Ch(0); }
+
+    // --- storage ------------------------------------------------------------------------------------------------
+    // Makes the block hold `capacity` bytes (terminator included). With keepContents, at most capacity - 1
+    // characters are kept; otherwise the new block is empty. Reserve(0, ...) gives an empty string.
+    void Reserve(unsigned int capacity, bool keepContents);
+    // Sets the length after writing through GetBuffer; must be below the capacity.
+    void SetLength(unsigned int length)
+    {
+        Header()->length = length;
+        m_pData[length] = 0;
+    }
+    void Clear() { Assign(nullptr, 0); }
+    void Truncate(unsigned int length)
+    {
+        if (length < Length())
+            SetLength(length);
+    }
+
+    // --- building -----------------------------------------------------------------------------------------------
+    void Assign(const Ch* text, unsigned int length);
+    // printf-style; replaces the contents.
+    void Format(const char* fmt, ...) LX_PRINTF_FORMAT(2, 3);
+    void FormatV(const char* fmt, va_list args);
+    void AppendFormat(const char* fmt, ...) LX_PRINTF_FORMAT(2, 3);
+    void AppendFormatV(const char* fmt, va_list args);
+    static LxStringT Formatted(const char* fmt, ...) LX_PRINTF_FORMAT(1, 2);
+
+    void Append(const Ch* text, unsigned int length);
+    void Append(const Ch* text) { Append(text, text ? Measure(text) : 0); }
+    void Append(const LxStringT& other) { Append(other.m_pData, other.Length()); }
+    void Append(Ch c);
+    LxStringT& operator+=(const Ch* text)
+    {
+        Append(text);
+        return *this;
+    }
+    LxStringT& operator+=(const LxStringT& other)
+    {
+        Append(other);
+        return *this;
+    }
+    LxStringT& operator+=(Ch c)
+    {
+        Append(c);
+        return *this;
+    }
+
+    // --- comparison and hashing ---------------------------------------------------------------------------------
+    // Lengths first, then the characters four bytes at a time and the rest one by one.
+    bool Equals(const LxStringT& other) const;
+    bool Equals(const Ch* text) const;
+    bool EqualsNoCase(const LxStringT& other) const;
+    int Compare(const LxStringT& other) const;
+    // h = h * 5 + c over the bytes taken as signed chars, unsigned 32-bit arithmetic.
+    unsigned int Hash() const { return HashOf(m_pData, Length()); }
+    static unsigned int HashOf(const Ch* text, unsigned int length);
+
+    // --- conversion ---------------------------------------------------------------------------------------------
+    // strtol in `base`; succeeds only when the whole text was used, or all of it but a last 'L'/'l'. On failure
+    // `out` is left untouched. An empty string fails.
+    bool ToInteger(long& out, int base = 10) const;
+    bool ToInteger(int& out, int base = 10) const;
+    // strtod over the whole text (surrounding blanks allowed); an empty string fails.
+    bool ToDouble(double& out) const;
+    void ToUpper();
+    void ToLower();
+    LxStringT Upper() const;
+    LxStringT Lower() const;
+
+    // --- searching and editing ----------------------------------------------------------------------------------
+    // Positions are byte indices; -1 means not found.
+    int Find(const Ch* sub, unsigned int start = 0) const;
+    int Find(Ch c, unsigned int start = 0) const;
+    int FindLast(Ch c) const;
+    int FindLastOf(const Ch* set) const;
+    bool StartsWith(const Ch* prefix) const;
+    bool EndsWith(const Ch* suffix) const;
+    bool EndsWithNoCase(const Ch* suffix) const;
+    // Replaces every occurrence of `what` (non-empty) by `with`; returns the number of replacements.
+    unsigned int Replace(const Ch* what, const Ch* with);
+    unsigned int Replace(Ch what, Ch with);
+    LxStringT Substring(unsigned int start, unsigned int count = 0xFFFFFFFFu) const;
+    LxStringT Left(unsigned int count) const { return Substring(0, count); }
+    LxStringT Right(unsigned int count) const
+    {
+        return count >= Length() ? *this : Substring(Length() - count, count);
+    }
+    // Removes blanks, tabs, carriage returns and line feeds from both ends / one end.
+    void Trim();
+    void TrimLeft();
+    void TrimRight();
+    // Splits at any of `delimiters`; empty pieces are dropped unless keepEmpty. Appends to `out`.
+    void Split(const Ch* delimiters, LxArray<LxStringT>& out, bool keepEmpty = false) const;
+
+    // --- paths (both '\' and '/' separate) ----------------------------------------------------------------------
+    // "a/b/c.txt" gives "a/b"; a path without separator gives "".
+    LxStringT GetDirectory() const;
+    // "a/b/c.txt" gives "c.txt".
+    LxStringT GetFileName() const;
+    // "c.txt" gives "txt"; no dot in the file name gives "".
+    LxStringT GetExtension() const;
+
+private:
+    struct BlockHeader
+    {
+        uint32_t capacity;
+        uint32_t length;
+    };
+    static_assert(sizeof(BlockHeader) == 8, "the string header must stay 8 bytes");
+
+    BlockHeader* Header() const { return reinterpret_cast<BlockHeader*>(m_pData) - 1; }
+    static Ch* EmptyRep();
+    static unsigned int Measure(const Ch* text)
+    {
+        unsigned int n = 0;
+        while (text[n])
+            ++n;
+        return n;
+    }
+    static Ch* AllocateBlock(unsigned int capacity);
+    void Init(unsigned int capacity);
+    void InitFrom(const Ch* text, unsigned int length);
+    void Release();
+    void GrowTo(unsigned int capacity); // keeps contents
+
+    Ch* m_pData;
+};
+
+// The char instantiation is compiled once, in the library (exported from the DLL on Windows).
+extern template class LX_TEMPLATE_API LxStringT<char>;
+typedef LxStringT<char> LxString;
+
+template <class Ch>
+inline bool operator==(const LxStringT<Ch>& a, const LxStringT<Ch>& b)
+{
+    return a.Equals(b);
+}
+template <class Ch>
+inline bool operator!=(const LxStringT<Ch>& a, const LxStringT<Ch>& b)
+{
+    return !a.Equals(b);
+}
+template <class Ch>
+inline bool operator==(const LxStringT<Ch>& a, const Ch* b)
+{
+    return a.Equals(b);
+}
+template <class Ch>
+inline bool operator!=(const LxStringT<Ch>& a, const Ch* b)
+{
+    return !a.Equals(b);
+}
+template <class Ch>
+inline bool operator<(const LxStringT<Ch>& a, const LxStringT<Ch>& b)
+{
+    return a.Compare(b) < 0;
+}
+template <class Ch>
+inline LxStringT<Ch> operator+(const LxStringT<Ch>& a, const LxStringT<Ch>& b)
+{
+    LxStringT<Ch> r(a);
+    r.Append(b);
+    return r;
+}
+template <class Ch>
+inline LxStringT<Ch> operator+(const LxStringT<Ch>& a, const Ch* b)
+{
+    LxStringT<Ch> r(a);
+    r.Append(b);
+    return r;
+}
+template <class Ch>
+inline LxStringT<Ch> operator+(const Ch* a, const LxStringT<Ch>& b)
+{
+    LxStringT<Ch> r(a);
+    r.Append(b);
+    return r;
+}
+
+// The hasher and comparer of string-keyed hash maps.
+struct LxStringHasher
+{
+    unsigned int operator()(const LxString& s) const { return s.Hash(); }
+    unsigned int SecondHashValue(const LxString& s) const { return s.Hash() * 2u + 1u; }
+};
+
