@@ -7,6 +7,23 @@
 
 namespace
 {
+// The new-handler loop runs here, in the module that defines these operators, so that std::set_new_handler of
+// this module (the application's, on Windows) is the one honoured; LxMalloc reports the final exhaustion.
+// The nothrow forms return null where the others end the process.
+inline void* LxNewBlock(std::size_t size, bool nothrow = false)
+{
+    void* p = LxTryMalloc(size);
+    while (!p)
+    {
+        std::new_handler handler = std::get_new_handler();
+        if (!handler)
+            return nothrow ? nullptr : LxMalloc(size);
+        handler();
+        p = LxTryMalloc(size);
+    }
+    return p;
+}
+
 inline void* LxOverAlignedNew(std::size_t size, std::size_t align)
 {
     if (align <= 128)
@@ -28,10 +45,10 @@ inline void LxOverAlignedDelete(void* p, std::size_t align)
 }
 } // namespace
 
-void* operator new(std::size_t size) { return LxMalloc(size); }
-void* operator new[](std::size_t size) { return LxMalloc(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return LxMalloc(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return LxMalloc(size); }
+void* operator new(std::size_t size) { return LxNewBlock(size); }
+void* operator new[](std::size_t size) { return LxNewBlock(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return LxNewBlock(size, true); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return LxNewBlock(size, true); }
 void operator delete(void* p) noexcept { LxFree(p); }
 void operator delete[](void* p) noexcept { LxFree(p); }
 void operator delete(void* p, std::size_t) noexcept { LxFree(p); }

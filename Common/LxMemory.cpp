@@ -88,6 +88,16 @@ void* LxMalloc(size_t size)
     return p;
 }
 
+void* LxTryMalloc(size_t size)
+{
+    if (size == 0)
+        size = 1;
+    void* p = RawAlloc(size);
+    if (p)
+        LxAllocatorInternals::Allocated(size);
+    return p;
+}
+
 void LxFree(void* p)
 {
     if (!p)

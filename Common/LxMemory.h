@@ -20,6 +20,9 @@
 #include <cstddef>
 
 LX_API void* LxMalloc(size_t size);
+// One attempt, no new-handler and no exit: null when the heap is exhausted. For allocators layered on top that
+// run their own new-handler loop (each Windows module has its own new-handler).
+LX_API void* LxTryMalloc(size_t size);
 LX_API void LxFree(void* p);
 // size 0 releases p and returns null; an unchanged block size returns p as it is.
 LX_API void* LxRealloc(void* p, size_t size);

@@ -5,7 +5,10 @@
 #                                  free display, start a persistent wineserver and warm it up
 #   wine-session.sh exec PROG ARGS run PROG under Wine in the current directory (the CTest emulator); starts a
 #                                  session on the fly when none is running, so a single test also works by hand
-#   wine-session.sh stop           stop Wine and Xvfb and unmount everything this script mounted
+#   wine-session.sh stop [DIR]     drop DIR's hold on the session; the last holder stops Wine and Xvfb and
+#                                  unmounts everything this script mounted
+# Several build trees (or developers) may hold one session at once: each start DIR registers a holder, and only
+# the stop of the last holder tears the session down. start and stop serialise on a lock file.
 #   wine-session.sh mount-base | umount-base | boot-prefix   (used by provision.sh)
 #
 # Session state lives in $ROOT/run/lumex-session: the display number and the list of mounts to undo.
@@ -56,9 +59,10 @@ umount_base() {
 
 in_root() { # in_root DISPLAY cmd...
   local d=$1; shift
+  # fd 9 is the session lock: daemons started here (wineserver) must not inherit it.
   chroot "$ROOT" env -i HOME=/root USER=root PATH=/usr/local/bin:/usr/bin:/bin \
     WINEPREFIX=$PREFIX WINEDEBUG=-all WINEDLLOVERRIDES="mscoree,mshtml=" DISPLAY=":$d" \
-    VKD3D_CAPS_OVERRIDE=feature_level=12.1 TZ="${TZ:-UTC}" "$@"
+    VKD3D_CAPS_OVERRIDE=feature_level=12.1 TZ="${TZ:-UTC}" "$@" 9>&-
 }
 
 start_xvfb() { # prints the display number
@@ -68,7 +72,7 @@ start_xvfb() { # prints the display number
   rm -f "$f"
   # -displayfd picks a display number that is free machine-wide (abstract sockets are shared across roots).
   chroot "$ROOT" sh -c 'exec Xvfb -displayfd 3 -screen 0 1024x768x24 -nolisten tcp 3>/run/lumex-xdisplay' \
-    >/dev/null 2>&1 &
+    >/dev/null 2>&1 9>&- &
   echo $! >"$ROOT/run/lumex-xvfb.pid"
   for _ in $(seq 100); do
     [ -s "$f" ] && { tr -d '\n' <"$f"; return 0; }
@@ -82,6 +86,16 @@ stop_xvfb() {
   [ -f "$pf" ] && kill "$(cat "$pf")" 2>/dev/null || true
   rm -f "$pf" "$ROOT/run/lumex-xdisplay"
 }
+
+holder_of() { printf '%s' "$1" | tr -c 'A-Za-z0-9' '_'; }
+
+case ${1:-} in
+  start | stop)
+    mkdir -p "$ROOT/run"
+    exec 9>"$ROOT/run/lumex-session.lock"
+    flock 9
+    ;;
+esac
 
 case ${1:-} in
   mount-base) mount_base ;;
@@ -111,17 +125,24 @@ case ${1:-} in
       mnt "$ROOT$dir" "${BIND[@]}" "$dir"
       grep -qxF "$dir" "$STATE/mounts" 2>/dev/null || echo "$dir" >>"$STATE/mounts"
     done
+    mkdir -p "$STATE/holders"
+    touch "$STATE/holders/$(holder_of "${1:-$PWD}")"
     # A persistent wineserver and one warm-up start, or Wine's services keep CTest's pipes open per test.
     in_root "$d" wineserver -p >/dev/null 2>&1 || true
     in_root "$d" wine cmd /c exit >/dev/null 2>&1 || true
     ;;
   exec)
     shift
+    # Run by hand without a session: start one for this folder (stop it with "stop $PWD").
     [ -f "$STATE/display" ] || "$0" start "$PWD" >/dev/null
     d=$(cat "$STATE/display")
     in_root "$d" sh -c 'cd "$1" && shift && exec wine "$@"' sh "$PWD" "$@"
     ;;
   stop)
+    rm -f "$STATE/holders/$(holder_of "${2:-$PWD}")"
+    if [ -n "$(ls -A "$STATE/holders" 2>/dev/null)" ]; then
+      exit 0 # another build tree still uses the session
+    fi
     if [ -f "$STATE/display" ]; then
       d=$(cat "$STATE/display")
       in_root "$d" wineserver -k >/dev/null 2>&1 || true
