@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# Runs every test of every lane from a fresh Debian 12 machine (as root): provisions what is missing, then for each
+# lane configures, builds and runs CTest, printing each lane's summary. Exits non-zero when any lane fails or
+# cannot run. This is the README's test command and what CI runs.
+#   scripts/test-all.sh [lane...]     (default: every lane)
+set -uo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+DEFAULT_LANES="native native-asan windows"
+LANES=${*:-$DEFAULT_LANES}
+export CCACHE_DIR=${CCACHE_DIR:-/var/cache/lumex/ccache}
+export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
+
+start=$(date +%s)
+bash scripts/provision.sh all || { echo "FAILED: provisioning"; exit 1; }
+
+declare -A result
+summary=()
+failed=0
+for lane in $LANES; do
+  echo "=== lane $lane ==="
+  log=$(mktemp)
+  if ! cmake --preset "$lane" >"$log" 2>&1; then
+    cat "$log"; result[$lane]="configure failed"; failed=1; rm -f "$log"; continue
+  fi
+  if ! cmake --build --preset "$lane" >"$log" 2>&1; then
+    tail -n 60 "$log"; result[$lane]="build failed"; failed=1; rm -f "$log"; continue
+  fi
+  rm -f "$log"
+  ctest --preset "$lane" 2>&1 | tee "build/$lane/ctest-summary.txt" | grep -v -E '^ *(Start|[0-9]+/[0-9]+ Test) ' || true
+  line=$(grep -E 'tests passed' "build/$lane/ctest-summary.txt" | tail -n 1)
+  if [ -z "$line" ]; then result[$lane]="no test results"; failed=1
+  elif ! echo "$line" | grep -q '^100% tests passed'; then result[$lane]="$line"; failed=1
+  else result[$lane]="$line"; fi
+done
+
+# Extra checks that are not CTest lanes (fuzz smoke runs and the like) register here.
+for check in scripts/checks/*.sh; do
+  [ -f "$check" ] || continue
+  name=$(basename "$check" .sh)
+  echo "=== check $name ==="
+  if bash "$check"; then result[$name]="passed"; else result[$name]="FAILED"; failed=1; fi
+done
+
+echo
+echo "=== summary ($(( $(date +%s) - start )) s) ==="
+for k in "${!result[@]}"; do printf '  %-14s %s\n' "$k" "${result[$k]}"; done
+exit $failed
