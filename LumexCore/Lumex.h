@@ -18,6 +18,7 @@
 #include "Common/LxMemory.h"
 #include "Common/LxMemoryBuffer.h"
 #include "Common/LxSearchPath.h"
+#include "Common/LxSerializer.h"
 #include "Common/LxStandardFile.h"
 #include "Common/LxString.h"
 #include "Common/LxZipArchive.h"
