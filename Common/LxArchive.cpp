@@ -31,7 +31,10 @@ LxString LxArchive::NormalizeName(const LxString& name)
     return n;
 }
 
-LxArchive* LxGetGlobalArchive() { return g_pGlobalArchive; }
+LxArchive* LxGetGlobalArchive()
+{
+    return g_pGlobalArchive;
+}
 
 void LxSetGlobalArchive(LxArchive* archive)
 {

@@ -19,9 +19,15 @@ std::mutex& AccessLogLock()
 std::FILE* g_pAccessLog = nullptr;
 } // namespace
 
-LxFile* LxFile::Open(const LxString& path, const LxString& mode) { return new LxStandardFile(path, mode); }
+LxFile* LxFile::Open(const LxString& path, const LxString& mode)
+{
+    return new LxStandardFile(path, mode);
+}
 
-bool LxFile::Exists(const LxString& path) { return LxPlatform::PathExists(path.c_str()); }
+bool LxFile::Exists(const LxString& path)
+{
+    return LxPlatform::PathExists(path.c_str());
+}
 
 bool LxFile::GetTimeStamp(const LxString& path, long long& time)
 {

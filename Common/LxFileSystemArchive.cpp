@@ -9,7 +9,10 @@ LxFileSystemArchive::LxFileSystemArchive(const LxString& root) : m_root(Normaliz
         m_root.Append('/');
 }
 
-LxString LxFileSystemArchive::GetFullPath(const LxString& name) const { return m_root + NormalizeName(name); }
+LxString LxFileSystemArchive::GetFullPath(const LxString& name) const
+{
+    return m_root + NormalizeName(name);
+}
 
 bool LxFileSystemArchive::FileExists(const LxString& name, LxString* fullPath) const
 {

@@ -50,7 +50,10 @@ struct LxPointerHasher
     }
 
 private:
-    static unsigned long long Bits(const T* p) { return static_cast<unsigned long long>(reinterpret_cast<size_t>(p) >> 3); }
+    static unsigned long long Bits(const T* p)
+    {
+        return static_cast<unsigned long long>(reinterpret_cast<size_t>(p) >> 3);
+    }
 };
 
 template <class Key, class Value, class Hasher, class Comparer = LxHashComparer<Key>>
@@ -99,8 +102,8 @@ public:
     {
     }
     LxHashMap(const LxHashMap& other)
-        : m_nRequestedSlots(other.m_nRequestedSlots), m_fMaxLoadFactor(other.m_fMaxLoadFactor), m_hasher(other.m_hasher),
-          m_comparer(other.m_comparer)
+        : m_nRequestedSlots(other.m_nRequestedSlots), m_fMaxLoadFactor(other.m_fMaxLoadFactor),
+          m_hasher(other.m_hasher), m_comparer(other.m_comparer)
     {
         for (const Entry& e : other)
             Insert(e.key, e.value);
@@ -387,7 +390,10 @@ class LxHashSet
 public:
     typedef typename Table::const_iterator const_iterator;
 
-    explicit LxHashSet(unsigned int initialSlots = 16, float maxLoadFactor = 0.75f) : m_table(initialSlots, maxLoadFactor) {}
+    explicit LxHashSet(unsigned int initialSlots = 16, float maxLoadFactor = 0.75f)
+        : m_table(initialSlots, maxLoadFactor)
+    {
+    }
 
     // True when the key was not yet in the set.
     bool Insert(const Key& key) { return m_table.Insert(key, NoValue()).second; }

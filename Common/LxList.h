@@ -3,6 +3,8 @@
 // Iterators stay valid until their own element is erased. Not thread-safe.
 #pragma once
 
+#include <cstddef>
+#include <iterator>
 #include <utility>
 
 template <class T>
@@ -19,6 +21,12 @@ public:
     class iterator
     {
     public:
+        typedef std::bidirectional_iterator_tag iterator_category;
+        typedef T value_type;
+        typedef std::ptrdiff_t difference_type;
+        typedef T* pointer;
+        typedef T& reference;
+
         iterator() = default;
         T& operator*() const { return m_pNode->value; }
         T* operator->() const { return &m_pNode->value; }
@@ -45,6 +53,12 @@ public:
     class const_iterator
     {
     public:
+        typedef std::forward_iterator_tag iterator_category;
+        typedef T value_type;
+        typedef std::ptrdiff_t difference_type;
+        typedef const T* pointer;
+        typedef const T& reference;
+
         const_iterator() = default;
         const_iterator(const iterator& it) : m_pNode(it.m_pNode) {}
         const T& operator*() const { return m_pNode->value; }

@@ -7,15 +7,18 @@
 
 namespace
 {
-inline uint32_t Rotl(uint32_t x, int c) { return (x << c) | (x >> (32 - c)); }
+inline uint32_t Rotl(uint32_t x, int c)
+{
+    return (x << c) | (x >> (32 - c));
+}
 
 // The four auxiliary functions in the forms that need the fewest operations (F and G without a NOT).
 #define LX_MD5_F(x, y, z) ((z) ^ ((x) & ((y) ^ (z))))
 #define LX_MD5_G(x, y, z) ((y) ^ ((z) & ((x) ^ (y))))
 #define LX_MD5_H(x, y, z) ((x) ^ (y) ^ (z))
 #define LX_MD5_I(x, y, z) ((y) ^ ((x) | ~(z)))
-#define LX_MD5_STEP(f, a, b, c, d, x, t, s)                                                                          \
-    (a) += f((b), (c), (d)) + (x) + (t);                                                                              \
+#define LX_MD5_STEP(f, a, b, c, d, x, t, s)                                                                            \
+    (a) += f((b), (c), (d)) + (x) + (t);                                                                               \
     (a) = Rotl((a), (s)) + (b)
 
 // Processes `blocks` consecutive 64-byte blocks.
@@ -205,6 +208,12 @@ bool LxMD5Hash::IsZero() const
     return true;
 }
 
-void LxMD5Hash::ZeroHash(LxMD5Hash* hash) { std::memset(hash->m_bytes, 0, MD5_HASH_LENGTH); }
+void LxMD5Hash::ZeroHash(LxMD5Hash* hash)
+{
+    std::memset(hash->m_bytes, 0, MD5_HASH_LENGTH);
+}
 
-bool LxMD5Hash::operator==(const LxMD5Hash& o) const { return std::memcmp(m_bytes, o.m_bytes, MD5_HASH_LENGTH) == 0; }
+bool LxMD5Hash::operator==(const LxMD5Hash& o) const
+{
+    return std::memcmp(m_bytes, o.m_bytes, MD5_HASH_LENGTH) == 0;
+}

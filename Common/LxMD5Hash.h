@@ -40,7 +40,7 @@ public:
                 v = v * 5u + h.m_bytes[i];
             return v;
         }
-        unsigned int SecondHashValue(const LxMD5Hash& h) const { return (*this)(h) * 2u + 1u; }
+        unsigned int SecondHashValue(const LxMD5Hash& h) const { return (*this)(h)*2u + 1u; }
     };
 
     // Incremental hashing of data that arrives in pieces.

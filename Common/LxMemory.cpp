@@ -40,9 +40,18 @@ namespace
 {
 #if defined(_WIN32)
 // The Windows heap remembers each block's requested size (_msize), so blocks go straight to the CRT.
-inline void* RawAlloc(size_t size) { return std::malloc(size); }
-inline void RawFree(void* p) { std::free(p); }
-inline size_t RawSize(const void* p) { return _msize(const_cast<void*>(p)); }
+inline void* RawAlloc(size_t size)
+{
+    return std::malloc(size);
+}
+inline void RawFree(void* p)
+{
+    std::free(p);
+}
+inline size_t RawSize(const void* p)
+{
+    return _msize(const_cast<void*>(p));
+}
 #else
 // glibc reports rounded-up usable sizes, which would make the released figure differ from the recorded one.
 // A 16-byte header (keeping malloc's alignment) holds the requested size instead.
@@ -57,7 +66,10 @@ inline void* RawAlloc(size_t size)
     std::memcpy(raw, &size, sizeof(size));
     return raw + kHeader;
 }
-inline void RawFree(void* p) { std::free(static_cast<unsigned char*>(p) - kHeader); }
+inline void RawFree(void* p)
+{
+    std::free(static_cast<unsigned char*>(p) - kHeader);
+}
 inline size_t RawSize(const void* p)
 {
     size_t size;
@@ -106,7 +118,10 @@ void LxFree(void* p)
     RawFree(p);
 }
 
-size_t LxHeapBlockSize(const void* p) { return p ? RawSize(p) : 0; }
+size_t LxHeapBlockSize(const void* p)
+{
+    return p ? RawSize(p) : 0;
+}
 
 void* LxRealloc(void* p, size_t size)
 {

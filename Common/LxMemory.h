@@ -34,8 +34,8 @@ LX_API size_t LxHeapBlockSize(const void* p);
 class LX_API LxMemoryStats
 {
 public:
-    static std::atomic<unsigned long long> ms_nCurrMemUsage;  // bytes currently allocated
-    static std::atomic<unsigned long long> ms_nPeakMemUsage;  // highest value ms_nCurrMemUsage ever reached
+    static std::atomic<unsigned long long> ms_nCurrMemUsage;   // bytes currently allocated
+    static std::atomic<unsigned long long> ms_nPeakMemUsage;   // highest value ms_nCurrMemUsage ever reached
     static std::atomic<unsigned long long> ms_nNumAllocations; // live blocks
 
     static unsigned long long GetCurrentUsage() { return ms_nCurrMemUsage.load(std::memory_order_relaxed); }
@@ -47,4 +47,3 @@ private:
     static void MemoryAllocated(unsigned long long size);
     static void MemoryFreed(unsigned long long size);
 };
-

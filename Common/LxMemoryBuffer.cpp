@@ -5,7 +5,10 @@
 
 #include <new>
 
-LxMemoryBuffer::~LxMemoryBuffer() { LxFree(m_pData); }
+LxMemoryBuffer::~LxMemoryBuffer()
+{
+    LxFree(m_pData);
+}
 
 LxMemoryBuffer* LxMemoryBuffer::Allocate(unsigned int size)
 {

@@ -4,9 +4,15 @@
 
 LxSearchPath::LxSearchPath() : m_name("LxSearchPath") {}
 
-LxSearchPath::~LxSearchPath() { ClearSearchPaths(); }
+LxSearchPath::~LxSearchPath()
+{
+    ClearSearchPaths();
+}
 
-void LxSearchPath::AddToSearchPath(const LxString& path) { m_archives.Add(LxArchive::Create(path)); }
+void LxSearchPath::AddToSearchPath(const LxString& path)
+{
+    m_archives.Add(LxArchive::Create(path));
+}
 
 void LxSearchPath::AddArchive(LxArchive* archive)
 {

@@ -10,7 +10,10 @@ LxStandardFile::LxStandardFile(const LxString& path, const LxString& mode) : LxF
     LogFileAccess(path, mode, m_bOpen);
 }
 
-LxStandardFile::~LxStandardFile() { Close(); }
+LxStandardFile::~LxStandardFile()
+{
+    Close();
+}
 
 void LxStandardFile::Close()
 {

@@ -7,10 +7,22 @@
 
 namespace
 {
-inline bool IsBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
-inline bool IsSeparator(char c) { return c == '/' || c == '\\'; }
-inline char AsciiLower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
-inline char AsciiUpper(char c) { return (c >= 'a' && c <= 'z') ? char(c - 'a' + 'A') : c; }
+inline bool IsBlank(char c)
+{
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+inline bool IsSeparator(char c)
+{
+    return c == '/' || c == '\\';
+}
+inline char AsciiLower(char c)
+{
+    return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c;
+}
+inline char AsciiUpper(char c)
+{
+    return (c >= 'a' && c <= 'z') ? char(c - 'a' + 'A') : c;
+}
 } // namespace
 
 // A moved-from string points here: capacity 0 and length 0 force every write to allocate first, and Release
@@ -31,7 +43,8 @@ Ch* LxStringT<Ch>::EmptyRep()
 template <class Ch>
 Ch* LxStringT<Ch>::AllocateBlock(unsigned int capacity)
 {
-    BlockHeader* h = static_cast<BlockHeader*>(LxMalloc(sizeof(BlockHeader) + static_cast<size_t>(capacity) * sizeof(Ch)));
+    BlockHeader* h =
+        static_cast<BlockHeader*>(LxMalloc(sizeof(BlockHeader) + static_cast<size_t>(capacity) * sizeof(Ch)));
     h->capacity = capacity;
     h->length = 0;
     Ch* data = reinterpret_cast<Ch*>(h + 1);

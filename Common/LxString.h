@@ -145,10 +145,7 @@ public:
     unsigned int Replace(Ch what, Ch with);
     LxStringT Substring(unsigned int start, unsigned int count = 0xFFFFFFFFu) const;
     LxStringT Left(unsigned int count) const { return Substring(0, count); }
-    LxStringT Right(unsigned int count) const
-    {
-        return count >= Length() ? *this : Substring(Length() - count, count);
-    }
+    LxStringT Right(unsigned int count) const { return count >= Length() ? *this : Substring(Length() - count, count); }
     // Removes blanks, tabs, carriage returns and line feeds from both ends / one end.
     void Trim();
     void TrimLeft();
@@ -247,4 +244,3 @@ struct LxStringHasher
     unsigned int operator()(const LxString& s) const { return s.Hash(); }
     unsigned int SecondHashValue(const LxString& s) const { return s.Hash() * 2u + 1u; }
 };
-

@@ -78,7 +78,9 @@ LxZipArchive::LxZipArchive(const LxString& path) : m_name(path), m_directory(64,
     }
 }
 
-LxZipArchive::LxZipArchive(const LxString& path, void* writer) : m_name(path), m_pWriter(writer), m_directory(64, 0.5f) {}
+LxZipArchive::LxZipArchive(const LxString& path, void* writer) : m_name(path), m_pWriter(writer), m_directory(64, 0.5f)
+{
+}
 
 LxZipArchive::~LxZipArchive()
 {

@@ -14,7 +14,10 @@ LxZippedInputFile::LxZippedInputFile(const LxString& archivePath, const LxString
         LX_ERROR("LxZippedInputFile.  Couldn't open %s in %s", name.c_str(), archivePath.c_str());
 }
 
-LxZippedInputFile::~LxZippedInputFile() { Close(); }
+LxZippedInputFile::~LxZippedInputFile()
+{
+    Close();
+}
 
 bool LxZippedInputFile::OpenEntry()
 {
@@ -107,7 +110,10 @@ unsigned int LxZippedInputFile::Read(void* buffer, unsigned int bytes)
     return bytes;
 }
 
-bool LxZippedInputFile::Write(const void*, unsigned int) { return false; }
+bool LxZippedInputFile::Write(const void*, unsigned int)
+{
+    return false;
+}
 
 bool LxZippedInputFile::Skip(unsigned int bytes)
 {
@@ -144,6 +150,12 @@ bool LxZippedInputFile::Seek(long offset, int origin)
     return Skip(static_cast<unsigned int>(target - m_nPosition));
 }
 
-unsigned int LxZippedInputFile::GetSize() { return m_bOpen ? static_cast<unsigned int>(m_entry.uncompressedSize) : 0; }
+unsigned int LxZippedInputFile::GetSize()
+{
+    return m_bOpen ? static_cast<unsigned int>(m_entry.uncompressedSize) : 0;
+}
 
-bool LxZippedInputFile::Flush() { return m_bOpen; }
+bool LxZippedInputFile::Flush()
+{
+    return m_bOpen;
+}

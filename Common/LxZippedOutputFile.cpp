@@ -23,7 +23,10 @@ LxZippedOutputFile::LxZippedOutputFile(LxZipArchive* archive, void* writer, cons
                                     nullptr, Z_DEFLATED, Z_DEFAULT_COMPRESSION, 0) == ZIP_OK;
 }
 
-LxZippedOutputFile::~LxZippedOutputFile() { Close(); }
+LxZippedOutputFile::~LxZippedOutputFile()
+{
+    Close();
+}
 
 void LxZippedOutputFile::Close()
 {
@@ -48,7 +51,10 @@ void LxZippedOutputFile::Detach()
     m_pWriter = nullptr;
 }
 
-unsigned int LxZippedOutputFile::Read(void*, unsigned int) { return 0; }
+unsigned int LxZippedOutputFile::Read(void*, unsigned int)
+{
+    return 0;
+}
 
 bool LxZippedOutputFile::Write(const void* buffer, unsigned int bytes)
 {

@@ -9,7 +9,10 @@
 
 void LxPlatform::DebugOutput(const char*) {}
 
-bool LxPlatform::PathExists(const char* path) { return ::access(path, F_OK) == 0; }
+bool LxPlatform::PathExists(const char* path)
+{
+    return ::access(path, F_OK) == 0;
+}
 
 bool LxPlatform::GetFileWriteTime(const char* path, long long& time)
 {
@@ -57,6 +60,12 @@ void LxPlatform::GetLocalDateTime(int& year, int& month, int& day, int& hour, in
     second = local.tm_sec;
 }
 
-const char* LxPlatform::DefaultTextEditor() { return "xdg-open"; }
+const char* LxPlatform::DefaultTextEditor()
+{
+    return "xdg-open";
+}
 
-const char* LxPlatform::LastErrorText() { return std::strerror(errno); }
+const char* LxPlatform::LastErrorText()
+{
+    return std::strerror(errno);
+}

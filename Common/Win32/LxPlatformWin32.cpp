@@ -8,9 +8,15 @@
 #include <io.h>
 #include <process.h>
 
-void LxPlatform::DebugOutput(const char* text) { OutputDebugStringA(text); }
+void LxPlatform::DebugOutput(const char* text)
+{
+    OutputDebugStringA(text);
+}
 
-bool LxPlatform::PathExists(const char* path) { return _access(path, 0) == 0; }
+bool LxPlatform::PathExists(const char* path)
+{
+    return _access(path, 0) == 0;
+}
 
 bool LxPlatform::GetFileWriteTime(const char* path, long long& time)
 {
@@ -48,6 +54,12 @@ void LxPlatform::GetLocalDateTime(int& year, int& month, int& day, int& hour, in
     second = t.wSecond;
 }
 
-const char* LxPlatform::DefaultTextEditor() { return "notepad.exe"; }
+const char* LxPlatform::DefaultTextEditor()
+{
+    return "notepad.exe";
+}
 
-const char* LxPlatform::LastErrorText() { return std::strerror(errno); }
+const char* LxPlatform::LastErrorText()
+{
+    return std::strerror(errno);
+}

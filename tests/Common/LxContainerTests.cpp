@@ -1,1 +1,316 @@
+// Containers and shared ownership: LxArray, LxList, LxHashMap/LxHashSet, LxCountedPtr, LxMemoryBuffer and the
+// interlocked counters.
+#include "Common/LxArray.h"
+#include "Common/LxCountedPtr.h"
+#include "Common/LxHashMap.h"
+#include "Common/LxInterlockedCounter.h"
+#include "Common/LxList.h"
+#include "Common/LxMemoryBuffer.h"
+#include "Common/LxString.h"
+
 #include <gtest/gtest.h>
+
+#include <thread>
+#include <vector>
+
+namespace
+{
+// Counts live instances so that leaks and double destruction show up.
+struct Tracked
+{
+    static int live;
+    int value;
+    explicit Tracked(int v = 0) : value(v) { ++live; }
+    Tracked(const Tracked& o) : value(o.value) { ++live; }
+    Tracked& operator=(const Tracked&) = default;
+    ~Tracked() { --live; }
+    bool operator==(const Tracked& o) const { return value == o.value; }
+};
+int Tracked::live = 0;
+} // namespace
+
+TEST(LxArray, GrowsInsertsAndRemovesWithoutLeaking)
+{
+    {
+        LxArray<Tracked> a;
+        for (int i = 0; i < 100; ++i)
+            a.Add(Tracked(i));
+        EXPECT_EQ(a.Count(), 100u);
+        EXPECT_EQ(Tracked::live, 100);
+        a.Add(a[0]); // an element of the array itself, while the array grows
+        EXPECT_EQ(a.Last().value, 0);
+        a.Insert(1, Tracked(-1));
+        EXPECT_EQ(a[1].value, -1);
+        EXPECT_EQ(a[2].value, 1);
+        a.RemoveAt(1);
+        EXPECT_EQ(a[1].value, 1);
+        a.RemoveAtSwap(0);
+        EXPECT_EQ(a[0].value, 0); // the last element (a copy of 0) took its place
+        EXPECT_EQ(a.Find(Tracked(50)), 50);
+        EXPECT_TRUE(a.Remove(Tracked(50)));
+        EXPECT_FALSE(a.Contains(Tracked(50)));
+        a.Resize(10);
+        EXPECT_EQ(Tracked::live, 10);
+        LxArray<Tracked> copy(a);
+        LxArray<Tracked> moved(std::move(copy));
+        EXPECT_EQ(moved.Count(), 10u);
+        EXPECT_EQ(copy.Count(), 0u); // NOLINT(bugprone-use-after-move)
+        EXPECT_EQ(Tracked::live, 20);
+    }
+    EXPECT_EQ(Tracked::live, 0);
+}
+
+TEST(LxList, LinksInBothDirections)
+{
+    LxList<int> l;
+    l.PushBack(2);
+    l.PushBack(3);
+    l.PushFront(1);
+    ASSERT_EQ(l.Count(), 3u);
+    std::vector<int> seen(l.begin(), l.end());
+    EXPECT_EQ(seen, (std::vector<int>{1, 2, 3}));
+    auto it = l.Find(2);
+    it = l.Erase(it);
+    EXPECT_EQ(*it, 3);
+    l.InsertBefore(it, 9);
+    EXPECT_EQ(std::vector<int>(l.begin(), l.end()), (std::vector<int>{1, 9, 3}));
+    auto last = l.end();
+    --last;
+    EXPECT_EQ(*last, 3);
+    l.PopFront();
+    l.PopBack();
+    EXPECT_EQ(l.Front(), 9);
+    EXPECT_EQ(l.Back(), 9);
+    LxList<int> copy(l);
+    l.Clear();
+    EXPECT_TRUE(l.IsEmpty());
+    EXPECT_EQ(copy.Count(), 1u);
+}
+
+namespace
+{
+// Puts every key into the same home slot, so probing and deleted-slot reuse are exercised.
+struct CollidingHasher
+{
+    unsigned int operator()(int) const { return 3; }
+    unsigned int SecondHashValue(int) const { return 1; }
+};
+typedef LxHashMap<LxString, int, LxStringHasher> StringMap;
+} // namespace
+
+TEST(LxHashMap, GrowsOnTheInsertionAfterTheThreshold)
+{
+    StringMap m(8, 0.5f);
+    EXPECT_EQ(m.SlotCount(), 0u); // allocated on first use
+    for (int i = 0; i < 4; ++i)
+        m.Insert(LxString::Formatted("key%d", i), i);
+    EXPECT_EQ(m.SlotCount(), 8u);
+    m.Insert(LxString("key4"), 4);
+    EXPECT_EQ(m.SlotCount(), 16u);
+    for (int i = 0; i < 5; ++i)
+    {
+        const int* v = m.FindValue(LxString::Formatted("key%d", i));
+        ASSERT_NE(v, nullptr);
+        EXPECT_EQ(*v, i);
+    }
+    StringMap odd(10, 0.75f);
+    odd.Insert(LxString("x"), 1);
+    EXPECT_EQ(odd.SlotCount(), 16u); // rounded up to a power of two
+}
+
+TEST(LxHashMap, InsertReturnsTheExistingEntry)
+{
+    StringMap m;
+    auto first = m.Insert(LxString("a"), 1);
+    EXPECT_TRUE(first.second);
+    auto again = m.Insert(LxString("a"), 2);
+    EXPECT_FALSE(again.second);
+    EXPECT_EQ(again.first->value, 1);
+    EXPECT_EQ(&*again.first, &*first.first); // nodes do not move
+    m.Set(LxString("a"), 3);
+    EXPECT_EQ(m[LxString("a")], 3);
+    EXPECT_EQ(m[LxString("new")], 0);
+    EXPECT_EQ(m.Count(), 2u);
+}
+
+TEST(LxHashMap, ProbingFindsCollidingKeysAndReusesDeletedSlots)
+{
+    LxHashMap<int, int, CollidingHasher> m(8, 0.9f);
+    for (int k = 0; k < 5; ++k)
+        m.Insert(k, k * 10);
+    for (int k = 0; k < 5; ++k)
+        EXPECT_EQ(m.SlotOf(k), unsigned(3 + k) % 8) << k;
+    EXPECT_FALSE(m.Contains(99));
+
+    // Erasing leaves a deleted marker that keeps later keys reachable.
+    EXPECT_TRUE(m.Erase(1));
+    EXPECT_EQ(m.GetSlotState(4), (LxHashMap<int, int, CollidingHasher>::SLOT_DELETED));
+    EXPECT_EQ(m.DeletedCount(), 1u);
+    EXPECT_EQ(*m.FindValue(4), 40);
+    // Re-inserting takes the first deleted slot on the probe path.
+    m.Insert(1, 11);
+    EXPECT_EQ(m.SlotOf(1), 4u);
+    EXPECT_EQ(m.DeletedCount(), 0u);
+    // A new key also takes a deleted slot rather than the empty one further on.
+    m.Erase(2);
+    m.Insert(7, 70);
+    EXPECT_EQ(m.SlotOf(7), 5u);
+    EXPECT_EQ(*m.FindValue(3), 30);
+}
+
+TEST(LxHashMap, IterationVisitsEveryEntryOnceAndEraseWhileIterating)
+{
+    StringMap m;
+    for (int i = 0; i < 100; ++i)
+        m.Insert(LxString::Formatted("%d", i), i);
+    int sum = 0, count = 0;
+    for (const auto& e : m)
+    {
+        sum += e.value;
+        ++count;
+    }
+    EXPECT_EQ(count, 100);
+    EXPECT_EQ(sum, 4950);
+    for (auto it = m.begin(); it != m.end();)
+        it = (it->value % 2) ? m.Erase(it) : ++it;
+    EXPECT_EQ(m.Count(), 50u);
+    StringMap copy(m);
+    m.Clear();
+    EXPECT_EQ(m.Count(), 0u);
+    EXPECT_EQ(copy.Count(), 50u);
+    EXPECT_TRUE(copy.Contains(LxString("42")));
+    EXPECT_FALSE(copy.Contains(LxString("43")));
+}
+
+TEST(LxHashMap, ChurnWithManyErasuresStaysConsistent)
+{
+    // Many insert/erase rounds at a constant size: deleted slots must not pile up until lookups fail.
+    LxHashMap<int, int, LxIntegerHasher<int>> m(16, 0.75f);
+    for (int round = 0; round < 2000; ++round)
+    {
+        m.Insert(round, round);
+        if (round >= 8)
+        {
+            ASSERT_TRUE(m.Erase(round - 8));
+        }
+    }
+    EXPECT_EQ(m.Count(), 8u);
+    EXPECT_LE(m.SlotCount(), 16u);
+    for (int k = 1992; k < 2000; ++k)
+        EXPECT_TRUE(m.Contains(k));
+}
+
+TEST(LxHashSet, IsTheTableWithoutValues)
+{
+    LxHashSet<LxString, LxStringHasher> s(8, 0.5f);
+    EXPECT_TRUE(s.Insert(LxString("x")));
+    EXPECT_FALSE(s.Insert(LxString("x")));
+    EXPECT_TRUE(s.Contains(LxString("x")));
+    EXPECT_TRUE(s.Erase(LxString("x")));
+    EXPECT_EQ(s.Count(), 0u);
+}
+
+namespace
+{
+struct Observer : LxCountedPtrObserver<Tracked>
+{
+    int calls = 0;
+    Tracked* last = nullptr;
+    void OnOneReferenceLeft(Tracked* object) override
+    {
+        ++calls;
+        last = object;
+    }
+};
+} // namespace
+
+TEST(LxCountedPtr, ObserverHearsWhenOneReferenceIsLeft)
+{
+    Observer observer;
+    {
+        LxCountedPtr<Tracked> cache(new Tracked(5));
+        cache.SetObserver(&observer);
+        LxCountedPtr<Tracked> user1(cache);
+        LxCountedPtr<Tracked> user2 = user1;
+        EXPECT_EQ(cache.GetRefCount(), 3u);
+        user2.Release(); // 3 -> 2: silent
+        EXPECT_EQ(observer.calls, 0);
+        EXPECT_EQ(user2, nullptr);
+        user1.Release(); // 2 -> 1: the cache holds the last reference
+        EXPECT_EQ(observer.calls, 1);
+        EXPECT_EQ(observer.last, cache.Get());
+        EXPECT_EQ(Tracked::live, 1);
+    } // last reference: destroyed without a call
+    EXPECT_EQ(observer.calls, 1);
+    EXPECT_EQ(Tracked::live, 0);
+}
+
+TEST(LxCountedPtr, AssignmentSharesAndReleases)
+{
+    LxCountedPtr<Tracked> a(new Tracked(1));
+    LxCountedPtr<Tracked> b(new Tracked(2));
+    b = a;
+    EXPECT_EQ(Tracked::live, 1);
+    EXPECT_EQ(a.GetRefCount(), 2u);
+    EXPECT_EQ(b->value, 1);
+    b = b; // self-assignment
+    EXPECT_EQ(a.GetRefCount(), 2u);
+    LxCountedPtr<Tracked> c(std::move(b));
+    EXPECT_EQ(b, nullptr); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(c, a);
+    c = nullptr;
+    a = nullptr;
+    EXPECT_EQ(Tracked::live, 0);
+    EXPECT_FALSE(LxCountedPtr<Tracked>(nullptr));
+}
+
+TEST(LxMemoryBuffer, OwnsItsBytes)
+{
+    const unsigned long long before = LxMemoryStats::GetCurrentUsage();
+    {
+        LxCountedPtr<LxMemoryBuffer> buffer(LxMemoryBuffer::Allocate(1000));
+        ASSERT_TRUE(buffer);
+        EXPECT_EQ(buffer->GetSize(), 1000u);
+        buffer->GetData()[999] = 7;
+        buffer->Truncate(10);
+        EXPECT_EQ(buffer->GetSize(), 10u);
+        buffer->Truncate(20); // never grows
+        EXPECT_EQ(buffer->GetSize(), 10u);
+    }
+    EXPECT_EQ(LxMemoryStats::GetCurrentUsage(), before);
+}
+
+TEST(LxInterlockedCounter, OperationsReturnTheDocumentedValues)
+{
+    LxInterlockedCounter c(5);
+    EXPECT_EQ(c.Increment(), 6);
+    EXPECT_EQ(c.Decrement(), 5);
+    EXPECT_EQ(c.Set(9), 5);
+    EXPECT_EQ(c.TestAndSet(1, 2), 9); // no match: unchanged
+    EXPECT_EQ(c.Get(), 9);
+    EXPECT_EQ(c.TestAndSet(9, 3), 9);
+    EXPECT_EQ(c.Get(), 3);
+    LxInterlockedCounter64 big(0x100000000LL);
+    EXPECT_EQ(big.Increment(), 0x100000001LL);
+}
+
+TEST(LxInterlockedCounter, IsExactUnderContention)
+{
+    LxInterlockedCounter counter;
+    LxInterlockedCounter64 counter64;
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back(
+            [&]
+            {
+                for (int i = 0; i < 20000; ++i)
+                {
+                    counter.Increment();
+                    counter64.Decrement();
+                }
+            });
+    for (auto& t : threads)
+        t.join();
+    EXPECT_EQ(counter.Get(), 80000);
+    EXPECT_EQ(counter64.Get(), -80000);
+}

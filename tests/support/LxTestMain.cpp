@@ -20,9 +20,18 @@
 #endif
 
 // Huge requests must come back as null so the allocator's own out-of-memory path can be tested; leaks fail.
-extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1:detect_leaks=1"; }
-extern "C" const char* __tsan_default_options() { return "allocator_may_return_null=1:halt_on_error=1"; }
-extern "C" const char* __ubsan_default_options() { return "print_stacktrace=1:halt_on_error=1"; }
+extern "C" const char* __asan_default_options()
+{
+    return "allocator_may_return_null=1:detect_leaks=1";
+}
+extern "C" const char* __tsan_default_options()
+{
+    return "allocator_may_return_null=1:halt_on_error=1";
+}
+extern "C" const char* __ubsan_default_options()
+{
+    return "print_stacktrace=1:halt_on_error=1";
+}
 
 namespace
 {
@@ -43,7 +52,10 @@ void RemoveScratch()
 }
 } // namespace
 
-const std::string& LxTest::ScratchDir() { return g_scratch; }
+const std::string& LxTest::ScratchDir()
+{
+    return g_scratch;
+}
 
 int main(int argc, char** argv)
 {
@@ -52,8 +64,9 @@ int main(int argc, char** argv)
     g_ownerPid = LX_GETPID();
     g_startDir = std::filesystem::current_path();
     std::random_device rd;
-    const std::filesystem::path dir = std::filesystem::temp_directory_path() /
-                                      ("lumex-test-" + std::to_string(g_ownerPid) + "-" + std::to_string(rd() % 100000));
+    const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() /
+        ("lumex-test-" + std::to_string(g_ownerPid) + "-" + std::to_string(rd() % 100000));
     std::filesystem::create_directories(dir);
     g_scratch = dir.generic_string();
     std::filesystem::current_path(dir);

@@ -30,9 +30,15 @@ std::string ReadBytes(const std::string& path)
     return s.str();
 }
 
-bool PathExists(const std::string& path) { return std::filesystem::exists(path); }
+bool PathExists(const std::string& path)
+{
+    return std::filesystem::exists(path);
+}
 
-std::string DataDir() { return LUMEX_TEST_DATA_DIR_STR; }
+std::string DataDir()
+{
+    return LUMEX_TEST_DATA_DIR_STR;
+}
 
 LogCapture::LogCapture()
 {
@@ -40,7 +46,10 @@ LogCapture::LogCapture()
     LxLogManager::GetRef().AddLogListener(this);
 }
 
-LogCapture::~LogCapture() { LxLogManager::GetRef().RemoveLogListener(this); }
+LogCapture::~LogCapture()
+{
+    LxLogManager::GetRef().RemoveLogListener(this);
+}
 
 void LogCapture::OnLogMessage(const LxString& text, _LxLogMessageType type)
 {
