@@ -14,7 +14,8 @@ else()
 endif()
 set(LUMEX_MINGW_PREFIX "${LUMEX_CACHE}/mingw" CACHE PATH "Static third-party libraries built for mingw")
 
-set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 "${LUMEX_MINGW_PREFIX}")
+# Appended, so that an application can add its own prefixes (an installed Lumex, say) with -DCMAKE_FIND_ROOT_PATH.
+list(APPEND CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 "${LUMEX_MINGW_PREFIX}")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
