@@ -1,0 +1,175 @@
+#include "D3D12/LxD3D12TestHelpers.h"
+
+#include <cstdio>
+#include <memory>
+
+namespace LxD3D12Test
+{
+std::string HrText(HRESULT hr)
+{
+    char text[16];
+    std::snprintf(text, sizeof(text), "0x%08lX", static_cast<unsigned long>(hr));
+    return text;
+}
+
+D3D12_HEAP_PROPERTIES HeapProperties(D3D12_HEAP_TYPE type)
+{
+    D3D12_HEAP_PROPERTIES props = {};
+    props.Type = type;
+    props.CPUPageProperty = D3D12_CPU_PAGE_PROPERTY_UNKNOWN;
+    props.MemoryPoolPreference = D3D12_MEMORY_POOL_UNKNOWN;
+    props.CreationNodeMask = 1;
+    props.VisibleNodeMask = 1;
+    return props;
+}
+
+D3D12_RESOURCE_DESC BufferDesc(UINT64 size)
+{
+    D3D12_RESOURCE_DESC desc = {};
+    desc.Dimension = D3D12_RESOURCE_DIMENSION_BUFFER;
+    desc.Width = size;
+    desc.Height = 1;
+    desc.DepthOrArraySize = 1;
+    desc.MipLevels = 1;
+    desc.Format = DXGI_FORMAT_UNKNOWN;
+    desc.SampleDesc.Count = 1;
+    desc.Layout = D3D12_TEXTURE_LAYOUT_ROW_MAJOR;
+    return desc;
+}
+
+D3D12_RESOURCE_DESC Texture2DDesc(DXGI_FORMAT format, UINT width, UINT height, D3D12_RESOURCE_FLAGS flags)
+{
+    D3D12_RESOURCE_DESC desc = {};
+    desc.Dimension = D3D12_RESOURCE_DIMENSION_TEXTURE2D;
+    desc.Width = width;
+    desc.Height = height;
+    desc.DepthOrArraySize = 1;
+    desc.MipLevels = 1;
+    desc.Format = format;
+    desc.SampleDesc.Count = 1;
+    desc.Layout = D3D12_TEXTURE_LAYOUT_UNKNOWN;
+    desc.Flags = flags;
+    return desc;
+}
+
+D3D12_RESOURCE_BARRIER TransitionBarrier(ID3D12Resource* resource, D3D12_RESOURCE_STATES before,
+                                         D3D12_RESOURCE_STATES after)
+{
+    D3D12_RESOURCE_BARRIER barrier = {};
+    barrier.Type = D3D12_RESOURCE_BARRIER_TYPE_TRANSITION;
+    barrier.Transition.pResource = resource;
+    barrier.Transition.Subresource = D3D12_RESOURCE_BARRIER_ALL_SUBRESOURCES;
+    barrier.Transition.StateBefore = before;
+    barrier.Transition.StateAfter = after;
+    return barrier;
+}
+
+ComPtr<ID3D12Resource> CreateBuffer(ID3D12Device* device, D3D12_HEAP_TYPE type, UINT64 size)
+{
+    const D3D12_HEAP_PROPERTIES heap = HeapProperties(type);
+    const D3D12_RESOURCE_DESC desc = BufferDesc(size);
+    const D3D12_RESOURCE_STATES state =
+        type == D3D12_HEAP_TYPE_READBACK ? D3D12_RESOURCE_STATE_COPY_DEST : D3D12_RESOURCE_STATE_GENERIC_READ;
+    ComPtr<ID3D12Resource> buffer;
+    if (FAILED(
+            device->CreateCommittedResource(&heap, D3D12_HEAP_FLAG_NONE, &desc, state, nullptr, IID_PPV_ARGS(&buffer))))
+        return nullptr;
+    return buffer;
+}
+
+ComPtr<ID3DBlob> CompileShader(const std::string& source, const char* entry, const char* target, std::string* errors,
+                               const char* sourceName)
+{
+    ComPtr<ID3DBlob> code;
+    ComPtr<ID3DBlob> messages;
+    const HRESULT hr = D3DCompile(source.data(), source.size(), sourceName, nullptr, nullptr, entry, target,
+                                  D3DCOMPILE_ENABLE_STRICTNESS, 0, &code, &messages);
+    if (errors)
+    {
+        errors->clear();
+        if (messages)
+            errors->assign(static_cast<const char*>(messages->GetBufferPointer()), messages->GetBufferSize());
+        if (FAILED(hr) && errors->empty())
+            *errors = "D3DCompile failed with " + HrText(hr) + " and no message";
+    }
+    if (FAILED(hr))
+        return nullptr;
+    return code;
+}
+
+Context::~Context()
+{
+    if (fence && queue)
+        WaitForGpu(); // nothing the queue still reads may be released under it
+    if (fenceEvent)
+        CloseHandle(fenceEvent);
+}
+
+bool Context::Create(D3D_FEATURE_LEVEL level, std::string* why)
+{
+    auto fail = [why](const char* call, HRESULT hr)
+    {
+        if (why)
+            *why = std::string(call) + " failed with " + HrText(hr);
+        return false;
+    };
+    HRESULT hr = CreateDXGIFactory2(0, IID_PPV_ARGS(&factory));
+    if (FAILED(hr))
+        return fail("CreateDXGIFactory2", hr);
+    ComPtr<IDXGIAdapter1> adapter;
+    hr = factory->EnumAdapters1(0, &adapter);
+    if (FAILED(hr))
+        return fail("IDXGIFactory4::EnumAdapters1", hr);
+    hr = D3D12CreateDevice(adapter.Get(), level, IID_PPV_ARGS(&device));
+    if (FAILED(hr))
+        return fail("D3D12CreateDevice", hr);
+    D3D12_COMMAND_QUEUE_DESC queueDesc = {};
+    queueDesc.Type = D3D12_COMMAND_LIST_TYPE_DIRECT;
+    hr = device->CreateCommandQueue(&queueDesc, IID_PPV_ARGS(&queue));
+    if (FAILED(hr))
+        return fail("ID3D12Device::CreateCommandQueue", hr);
+    hr = device->CreateFence(0, D3D12_FENCE_FLAG_NONE, IID_PPV_ARGS(&fence));
+    if (FAILED(hr))
+        return fail("ID3D12Device::CreateFence", hr);
+    fenceEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+    if (!fenceEvent)
+        return fail("CreateEventW", HRESULT_FROM_WIN32(GetLastError()));
+    return true;
+}
+
+bool Context::WaitForGpu(DWORD timeoutMs)
+{
+    const UINT64 value = ++fenceValue;
+    if (FAILED(queue->Signal(fence.Get(), value)))
+        return false;
+    if (fence->GetCompletedValue() >= value)
+        return true;
+    if (FAILED(fence->SetEventOnCompletion(value, fenceEvent)))
+        return false;
+    return WaitForSingleObject(fenceEvent, timeoutMs) == WAIT_OBJECT_0 && fence->GetCompletedValue() >= value;
+}
+
+bool Context::ExecuteAndWait(ID3D12GraphicsCommandList* list, DWORD timeoutMs)
+{
+    ID3D12CommandList* lists[] = {list};
+    queue->ExecuteCommandLists(1, lists);
+    return WaitForGpu(timeoutMs);
+}
+
+Context* SharedContext(std::string* why)
+{
+    static std::unique_ptr<Context> s_context;
+    static std::string s_why;
+    static bool s_tried = false;
+    if (!s_tried)
+    {
+        s_tried = true;
+        auto context = std::make_unique<Context>();
+        if (context->Create(D3D_FEATURE_LEVEL_11_0, &s_why))
+            s_context = std::move(context);
+    }
+    if (why)
+        *why = s_why;
+    return s_context.get();
+}
+} // namespace LxD3D12Test

@@ -1,0 +1,64 @@
+// Small Direct3D 12 helpers for the Windows-lane tests: the few description builders that d3dx12.h would give
+// (mingw-w64 ships no d3dx12.h), a shader compile wrapper, and a shared device with one direct queue and a fence.
+// Test code only: failures come back as HRESULTs or null pointers for the caller to assert on, nothing throws.
+// Not thread-safe: the shared context belongs to the test thread.
+#pragma once
+
+#include <d3d12.h>
+#include <d3dcompiler.h>
+#include <dxgi1_4.h>
+#include <windows.h>
+#include <wrl/client.h>
+
+#include <cstdint>
+#include <string>
+
+namespace LxD3D12Test
+{
+using Microsoft::WRL::ComPtr;
+
+// "0x887A0005" style text for assertion messages.
+std::string HrText(HRESULT hr);
+
+D3D12_HEAP_PROPERTIES HeapProperties(D3D12_HEAP_TYPE type);
+D3D12_RESOURCE_DESC BufferDesc(UINT64 size);
+D3D12_RESOURCE_DESC Texture2DDesc(DXGI_FORMAT format, UINT width, UINT height,
+                                  D3D12_RESOURCE_FLAGS flags = D3D12_RESOURCE_FLAG_NONE);
+D3D12_RESOURCE_BARRIER TransitionBarrier(ID3D12Resource* resource, D3D12_RESOURCE_STATES before,
+                                         D3D12_RESOURCE_STATES after);
+// A committed buffer in the given heap (upload buffers start in GENERIC_READ, readback ones in COPY_DEST).
+ComPtr<ID3D12Resource> CreateBuffer(ID3D12Device* device, D3D12_HEAP_TYPE type, UINT64 size);
+
+// D3DCompile with strictness on. On failure returns null and puts the compiler's messages in *errors (the
+// messages of a successful compile, warnings, land there too).
+ComPtr<ID3DBlob> CompileShader(const std::string& source, const char* entry, const char* target, std::string* errors,
+                               const char* sourceName = "LxTestShader.hlsl");
+
+// A DXGI factory, a device on the default adapter, a direct queue and a fence to wait on it.
+struct Context
+{
+    ComPtr<IDXGIFactory4> factory;
+    ComPtr<ID3D12Device> device;
+    ComPtr<ID3D12CommandQueue> queue;
+    ComPtr<ID3D12Fence> fence;
+    UINT64 fenceValue = 0;
+    HANDLE fenceEvent = nullptr;
+
+    Context() = default;
+    Context(const Context&) = delete;
+    Context& operator=(const Context&) = delete;
+    ~Context();
+
+    // Creates everything at the given feature level; false (with the failing call in *why) if any step fails.
+    bool Create(D3D_FEATURE_LEVEL level, std::string* why);
+    // Signals the fence on the queue and blocks until the GPU reaches it. False on a failed signal or a wait
+    // that does not finish within timeoutMs.
+    bool WaitForGpu(DWORD timeoutMs = 10000);
+    // Closes nothing: executes an already closed list and waits for it.
+    bool ExecuteAndWait(ID3D12GraphicsCommandList* list, DWORD timeoutMs = 10000);
+};
+
+// One context per process at feature level 11_0, created on first use (device creation costs tens of
+// milliseconds under Wine). Null when creation failed; *why then says which call failed.
+Context* SharedContext(std::string* why = nullptr);
+} // namespace LxD3D12Test
