@@ -8,13 +8,17 @@
 //   at most slots + 1 probes. Insert reuses the first deleted slot met on the way.
 // - Slots hold pointers to separately allocated nodes, so a rebuild moves only pointers and a node (and a
 //   reference to its key or value) stays put until it is erased.
-// - Hasher provides operator()(const Key&) and SecondHashValue(const Key&); Comparer is a binary equality.
+// - Hasher provides operator()(const Key&) and SecondHashValue(const Key&); Comparer is a binary equality. A hasher
+//   whose second value is a function of the first may also provide SecondHashFromFirst(unsigned int): the key is
+//   then hashed once per lookup. Each node keeps its key's hash, so rebuilds never rehash keys and mismatching
+//   keys are rejected without comparing them.
 // Not thread-safe.
 #pragma once
 
 #include "Common/LxMemory.h"
 
 #include <cstring>
+#include <type_traits>
 #include <utility>
 
 template <class T>
@@ -73,6 +77,37 @@ public:
         Value value;
     };
 
+private:
+    struct Node : Entry
+    {
+        template <class V>
+        Node(const Key& k, V&& v, unsigned int h) : Entry{k, std::forward<V>(v)}, hash(h)
+        {
+        }
+        unsigned int hash;
+    };
+
+    // SFINAE: does the hasher derive the step from the first hash?
+    template <class H>
+    static auto HasStepFromFirst(int) -> decltype(H::SecondHashFromFirst(0u), std::true_type());
+    template <class H>
+    static std::false_type HasStepFromFirst(...);
+
+    unsigned int StepFor(const Key& key, unsigned int h) const
+    {
+        if constexpr (decltype(HasStepFromFirst<Hasher>(0))::value)
+        {
+            (void)key;
+            return Hasher::SecondHashFromFirst(h);
+        }
+        else
+        {
+            (void)h;
+            return m_hasher.SecondHashValue(key);
+        }
+    }
+
+public:
     template <class MapT, class EntryT>
     class IteratorT
     {
@@ -178,11 +213,11 @@ public:
     // Inserts key/value unless the key is present; returns the entry either way and whether it was inserted.
     std::pair<iterator, bool> Insert(const Key& key, const Value& value)
     {
-        return InsertImpl(key, [&](void* mem) { return new (mem) Entry{key, value}; });
+        return InsertImpl(key, [&](void* mem, unsigned int h) { return new (mem) Node(key, value, h); });
     }
     std::pair<iterator, bool> Insert(const Key& key, Value&& value)
     {
-        return InsertImpl(key, [&](void* mem) { return new (mem) Entry{key, std::move(value)}; });
+        return InsertImpl(key, [&](void* mem, unsigned int h) { return new (mem) Node(key, std::move(value), h); });
     }
     // Inserts or overwrites.
     Value& Set(const Key& key, const Value& value)
@@ -195,7 +230,7 @@ public:
     // The value of key, default-constructed and inserted when absent.
     Value& operator[](const Key& key)
     {
-        return InsertImpl(key, [&](void* mem) { return new (mem) Entry{key, Value()}; }).first->value;
+        return InsertImpl(key, [&](void* mem, unsigned int h) { return new (mem) Node(key, Value(), h); }).first->value;
     }
 
     bool Erase(const Key& key)
@@ -248,8 +283,8 @@ private:
         m_nThreshold = static_cast<unsigned int>(static_cast<double>(slots) * m_fMaxLoadFactor);
         m_pStates = static_cast<unsigned char*>(LxMalloc(slots));
         std::memset(m_pStates, SLOT_EMPTY, slots);
-        m_ppNodes = static_cast<Entry**>(LxMalloc(sizeof(Entry*) * static_cast<size_t>(slots)));
-        std::memset(static_cast<void*>(m_ppNodes), 0, sizeof(Entry*) * static_cast<size_t>(slots));
+        m_ppNodes = static_cast<Node**>(LxMalloc(sizeof(Node*) * static_cast<size_t>(slots)));
+        std::memset(static_cast<void*>(m_ppNodes), 0, sizeof(Node*) * static_cast<size_t>(slots));
         m_nUsed = 0;
         m_nDeleted = 0;
     }
@@ -257,20 +292,20 @@ private:
     void Rebuild(unsigned int slots)
     {
         unsigned char* states = m_pStates;
-        Entry** nodes = m_ppNodes;
+        Node** nodes = m_ppNodes;
         const unsigned int old = m_nSlots;
         Allocate(slots);
         for (unsigned int i = 0; i < old; ++i)
         {
             if (states[i] != SLOT_OCCUPIED)
                 continue;
-            const unsigned int h = m_hasher(nodes[i]->key);
-            const unsigned int step = m_hasher.SecondHashValue(nodes[i]->key);
-            unsigned int j = h & (m_nSlots - 1);
+            Node* n = nodes[i];
+            const unsigned int step = StepFor(n->key, n->hash);
+            unsigned int j = n->hash & (m_nSlots - 1);
             while (m_pStates[j] != SLOT_EMPTY)
                 j = (j + step) & (m_nSlots - 1);
             m_pStates[j] = SLOT_OCCUPIED;
-            m_ppNodes[j] = nodes[i];
+            m_ppNodes[j] = n;
             ++m_nUsed;
         }
         LxFree(states);
@@ -284,20 +319,28 @@ private:
         return i;
     }
 
+    // An occupied slot always holds a node and a free one never does, so the node array alone tells a hit; the
+    // state byte is read only to tell an empty slot (end of the search) from a deleted one.
     unsigned int FindSlot(const Key& key) const
     {
         if (m_nSlots == 0)
             return 0;
         const unsigned int mask = m_nSlots - 1;
-        const unsigned int step = m_hasher.SecondHashValue(key);
-        unsigned int i = m_hasher(key) & mask;
+        const unsigned int h = m_hasher(key);
+        unsigned int i = h & mask;
+        unsigned int step = 0; // computed on the first miss only
         for (unsigned int probes = 0; probes <= m_nSlots; ++probes)
         {
-            const unsigned char s = m_pStates[i];
-            if (s == SLOT_EMPTY)
+            const Node* n = m_ppNodes[i];
+            if (n)
+            {
+                if (n->hash == h && m_comparer(n->key, key))
+                    return i;
+            }
+            else if (m_pStates[i] == SLOT_EMPTY)
                 break;
-            if (s == SLOT_OCCUPIED && m_comparer(m_ppNodes[i]->key, key))
-                return i;
+            if (!step)
+                step = StepFor(key, h);
             i = (i + step) & mask;
         }
         return m_nSlots;
@@ -312,11 +355,12 @@ private:
             Rebuild(RoundUpPow2(static_cast<double>(m_nSlots) / m_fMaxLoadFactor));
         else if (m_nUsed + m_nDeleted + 1 >= m_nSlots)
             Rebuild(m_nSlots); // deleted slots crowd out the empty ones: clear them at the same size
+        const unsigned int h = m_hasher(key);
+        const unsigned int step = StepFor(key, h);
         for (;;)
         {
             const unsigned int mask = m_nSlots - 1;
-            const unsigned int step = m_hasher.SecondHashValue(key);
-            unsigned int i = m_hasher(key) & mask;
+            unsigned int i = h & mask;
             unsigned int target = m_nSlots;
             for (unsigned int probes = 0; probes <= m_nSlots; ++probes)
             {
@@ -332,7 +376,7 @@ private:
                     if (target == m_nSlots)
                         target = i;
                 }
-                else if (m_comparer(m_ppNodes[i]->key, key))
+                else if (m_ppNodes[i]->hash == h && m_comparer(m_ppNodes[i]->key, key))
                     return std::make_pair(iterator(this, i), false);
                 i = (i + step) & mask;
             }
@@ -344,7 +388,7 @@ private:
             }
             if (m_pStates[target] == SLOT_DELETED)
                 --m_nDeleted;
-            m_ppNodes[target] = make(LxMalloc(sizeof(Entry)));
+            m_ppNodes[target] = make(LxMalloc(sizeof(Node)), h);
             m_pStates[target] = SLOT_OCCUPIED;
             ++m_nUsed;
             return std::make_pair(iterator(this, target), true);
@@ -360,10 +404,10 @@ private:
         ++m_nDeleted;
     }
 
-    static void DestroyNode(Entry* e)
+    static void DestroyNode(Node* n)
     {
-        e->~Entry();
-        LxFree(e);
+        n->~Node();
+        LxFree(n);
     }
 
     unsigned int m_nSlots = 0;
@@ -373,7 +417,7 @@ private:
     unsigned int m_nRequestedSlots = 16;
     float m_fMaxLoadFactor = 0.75f;
     unsigned char* m_pStates = nullptr;
-    Entry** m_ppNodes = nullptr;
+    Node** m_ppNodes = nullptr;
     Hasher m_hasher;
     Comparer m_comparer;
 };

@@ -216,29 +216,6 @@ LxStringT<Ch> LxStringT<Ch>::Formatted(const char* fmt, ...)
 }
 
 template <class Ch>
-bool LxStringT<Ch>::Equals(const LxStringT& other) const
-{
-    const unsigned int n = Length();
-    if (n != other.Length())
-        return false;
-    const unsigned char* a = reinterpret_cast<const unsigned char*>(m_pData);
-    const unsigned char* b = reinterpret_cast<const unsigned char*>(other.m_pData);
-    unsigned int i = 0;
-    for (; i + 4 <= n; i += 4)
-    {
-        uint32_t wa, wb;
-        std::memcpy(&wa, a + i, 4);
-        std::memcpy(&wb, b + i, 4);
-        if (wa != wb)
-            return false;
-    }
-    for (; i < n; ++i)
-        if (a[i] != b[i])
-            return false;
-    return true;
-}
-
-template <class Ch>
 bool LxStringT<Ch>::Equals(const Ch* text) const
 {
     if (!text)
@@ -270,15 +247,6 @@ int LxStringT<Ch>::Compare(const LxStringT& other) const
     if (c)
         return c;
     return a < b ? -1 : (a > b ? 1 : 0);
-}
-
-template <class Ch>
-unsigned int LxStringT<Ch>::HashOf(const Ch* text, unsigned int length)
-{
-    uint32_t h = 0;
-    for (unsigned int i = 0; i < length; ++i)
-        h = h * 5u + static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(text[i])));
-    return h;
 }
 
 template <class Ch>

@@ -111,13 +111,50 @@ public:
 
     // --- comparison and hashing ---------------------------------------------------------------------------------
     // Lengths first, then the characters four bytes at a time and the rest one by one.
-    bool Equals(const LxStringT& other) const;
+    bool Equals(const LxStringT& other) const
+    {
+        const unsigned int n = Length();
+        if (n != other.Length())
+            return false;
+        const char* a = reinterpret_cast<const char*>(m_pData);
+        const char* b = reinterpret_cast<const char*>(other.m_pData);
+        unsigned int i = 0;
+        for (; i + 4 <= n * sizeof(Ch); i += 4)
+        {
+            uint32_t wa, wb;
+            std::memcpy(&wa, a + i, 4);
+            std::memcpy(&wb, b + i, 4);
+            if (wa != wb)
+                return false;
+        }
+        for (; i < n * sizeof(Ch); ++i)
+            if (a[i] != b[i])
+                return false;
+        return true;
+    }
     bool Equals(const Ch* text) const;
     bool EqualsNoCase(const LxStringT& other) const;
     int Compare(const LxStringT& other) const;
     // h = h * 5 + c over the bytes taken as signed chars, unsigned 32-bit arithmetic.
     unsigned int Hash() const { return HashOf(m_pData, Length()); }
-    static unsigned int HashOf(const Ch* text, unsigned int length);
+    // Inline: every name lookup starts here. Eight bytes per round give the same value as the byte-wise
+    // definition (h * 5^8 + c0 * 5^7 + ... + c7, all mod 2^32) with independent multiplies instead of one long
+    // dependency chain.
+    static unsigned int HashOf(const Ch* text, unsigned int length)
+    {
+        uint32_t h = 0;
+        unsigned int i = 0;
+        for (; i + 8 <= length; i += 8)
+        {
+            const uint32_t part = C(text[i]) * 78125u + C(text[i + 1]) * 15625u + C(text[i + 2]) * 3125u +
+                                  C(text[i + 3]) * 625u + C(text[i + 4]) * 125u + C(text[i + 5]) * 25u +
+                                  C(text[i + 6]) * 5u + C(text[i + 7]);
+            h = h * 390625u + part;
+        }
+        for (; i < length; ++i)
+            h = h * 5u + C(text[i]);
+        return h;
+    }
 
     // --- conversion ---------------------------------------------------------------------------------------------
     // strtol in `base`; succeeds only when the whole text was used, or all of it but a last 'L'/'l'. On failure
@@ -169,6 +206,8 @@ private:
     };
     static_assert(sizeof(BlockHeader) == 8, "the string header must stay 8 bytes");
 
+    // A byte as the hash sees it: a signed char widened to 32 bits.
+    static uint32_t C(Ch c) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(c))); }
     BlockHeader* Header() const { return reinterpret_cast<BlockHeader*>(m_pData) - 1; }
     static Ch* EmptyRep();
     static unsigned int Measure(const Ch* text)
@@ -242,5 +281,6 @@ inline LxStringT<Ch> operator+(const Ch* a, const LxStringT<Ch>& b)
 struct LxStringHasher
 {
     unsigned int operator()(const LxString& s) const { return s.Hash(); }
-    unsigned int SecondHashValue(const LxString& s) const { return s.Hash() * 2u + 1u; }
+    unsigned int SecondHashValue(const LxString& s) const { return SecondHashFromFirst(s.Hash()); }
+    static unsigned int SecondHashFromFirst(unsigned int h) { return h * 2u + 1u; }
 };
