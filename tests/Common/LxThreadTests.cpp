@@ -1,0 +1,746 @@
+// Threads, signals, the thread pool, barriers, and the frame clock with its timers. Runs in the ThreadSanitizer
+// lane as well: every cross-thread access here goes through the library's primitives or std::atomic.
+#include "support/LxTestSupport.h"
+
+#include "Common/LxClock.h"
+#include "Common/LxMutex.h"
+#include "Common/LxObserver.h"
+#include "Common/LxRealTimeSource.h"
+#include "Common/LxSignal.h"
+#include "Common/LxSystemInfo.h"
+#include "Common/LxThread.h"
+#include "Common/LxThreadBarrier.h"
+#include "Common/LxThreadBarrierListener.h"
+#include "Common/LxThreadPool.h"
+#include "Common/LxTimer.h"
+#include "Common/LxWorkItem.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <set>
+#include <thread>
+#include <vector>
+
+#if defined(_WIN32)
+#include <windows.h>
+#else
+#include <pthread.h>
+#include <sched.h>
+#endif
+
+namespace
+{
+unsigned long long CurrentThreadTag()
+{
+#if defined(_WIN32)
+    return GetCurrentThreadId();
+#else
+    return static_cast<unsigned long long>(pthread_self());
+#endif
+}
+
+// The mask of the lowest processor this process may run on (processor 0 is not always among them).
+unsigned int FirstAllowedProcessorMask()
+{
+#if defined(_WIN32)
+    DWORD_PTR process = 0, system = 0;
+    GetProcessAffinityMask(GetCurrentProcess(), &process, &system);
+    for (unsigned int cpu = 0; cpu < 32; ++cpu)
+        if (process & (DWORD_PTR(1) << cpu))
+            return 1u << cpu;
+#else
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    sched_getaffinity(0, sizeof(set), &set);
+    for (unsigned int cpu = 0; cpu < 32; ++cpu)
+        if (CPU_ISSET(cpu, &set))
+            return 1u << cpu;
+#endif
+    return 1u;
+}
+
+double MillisecondsSince(std::chrono::steady_clock::time_point start)
+{
+    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
+}
+
+// A thread running a function.
+class FunctionThread : public LxThread
+{
+public:
+    explicit FunctionThread(std::function<unsigned int()> body) : m_body(std::move(body)) {}
+    ~FunctionThread() override { Join(0); }
+
+protected:
+    unsigned int Run() override { return m_body(); }
+
+private:
+    std::function<unsigned int()> m_body;
+};
+
+// A time source the test moves by hand.
+class ManualTimeSource : public LxTimeSource
+{
+public:
+    double GetTime() const override { return now; }
+    double now = 100.0;
+};
+} // namespace
+
+// --- mutex and signal ---------------------------------------------------------------------------------------------
+
+TEST(LxMutex, RecursiveAndExclusive)
+{
+    LxMutex mutex;
+    mutex.Take();
+    mutex.Take(); // the owner may take it again
+    std::atomic<int> otherGotIt{-1};
+    FunctionThread probe(
+        [&]
+        {
+            otherGotIt = mutex.TryTake() ? 1 : 0;
+            return 0u;
+        });
+    ASSERT_TRUE(probe.Start());
+    ASSERT_TRUE(probe.Join());
+    EXPECT_EQ(0, otherGotIt.load());
+    mutex.Release();
+    mutex.Release();
+
+    // Four threads adding under the lock lose nothing.
+    long counter = 0;
+    std::vector<std::unique_ptr<FunctionThread>> threads;
+    for (int t = 0; t < 4; ++t)
+    {
+        threads.emplace_back(new FunctionThread(
+            [&]
+            {
+                for (int i = 0; i < 20000; ++i)
+                {
+                    LxMutex::ScopedLock lock(mutex);
+                    ++counter;
+                }
+                return 0u;
+            }));
+        ASSERT_TRUE(threads.back()->Start());
+    }
+    for (auto& t : threads)
+        ASSERT_TRUE(t->Join());
+    EXPECT_EQ(80000, counter);
+    EXPECT_TRUE(mutex.TryTake());
+    mutex.Release();
+}
+
+TEST(LxSignal, ManualResetAndTimeouts)
+{
+    LxSignal s;
+    EXPECT_FALSE(s.IsSignaled());
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(s.Wait(40));
+    EXPECT_GE(MillisecondsSince(start), 30.0) << "a timeout really waits";
+
+    s.Signal();
+    EXPECT_TRUE(s.Wait(0));
+    EXPECT_TRUE(s.Wait(1)) << "manual reset: it stays signalled";
+    EXPECT_TRUE(s.IsSignaled());
+    s.Reset();
+    EXPECT_FALSE(s.Wait(5));
+}
+
+TEST(LxSignal, WaitZeroBlocksUntilSignalled)
+{
+    LxSignal s;
+    std::atomic<bool> signalled{false};
+    FunctionThread late(
+        [&]
+        {
+            LxThread::Sleep(80);
+            signalled = true;
+            s.Signal();
+            return 0u;
+        });
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_TRUE(late.Start());
+    EXPECT_TRUE(s.Wait(0)) << "0 means forever, not a test";
+    EXPECT_TRUE(signalled.load());
+    EXPECT_GE(MillisecondsSince(start), 60.0);
+}
+
+TEST(LxSignal, WaitForSignalsNeedsAll)
+{
+    LxSignal a, b, c;
+    LxArray<LxSignal*> list;
+    list.Add(&a);
+    list.Add(nullptr); // skipped
+    list.Add(&b);
+    list.Add(&c);
+    a.Signal();
+    c.Signal();
+    auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(LxSignal::WaitForSignals(40, list));
+    EXPECT_GE(MillisecondsSince(start), 30.0);
+    EXPECT_LT(MillisecondsSince(start), 5000.0) << "one deadline for the whole list";
+
+    FunctionThread setter(
+        [&]
+        {
+            LxThread::Sleep(50);
+            b.Signal();
+            return 0u;
+        });
+    ASSERT_TRUE(setter.Start());
+    EXPECT_TRUE(LxSignal::WaitForSignals(0, list));
+    EXPECT_TRUE(b.IsSignaled());
+
+    // More signals than one system wait takes (64 on Windows).
+    std::vector<std::unique_ptr<LxSignal>> many;
+    LxArray<LxSignal*> manyList;
+    for (int i = 0; i < 150; ++i)
+    {
+        many.emplace_back(new LxSignal);
+        many.back()->Signal();
+        manyList.Add(many.back().get());
+    }
+    EXPECT_TRUE(LxSignal::WaitForSignals(100, manyList));
+    many[140]->Reset();
+    EXPECT_FALSE(LxSignal::WaitForSignals(20, manyList));
+    LxArray<LxSignal*> none;
+    EXPECT_TRUE(LxSignal::WaitForSignals(0, none));
+}
+
+// --- threads ------------------------------------------------------------------------------------------------------
+
+TEST(LxThread, StartOnceJoinAndRestart)
+{
+    LxSignal release;
+    std::atomic<int> runs{0};
+    FunctionThread t(
+        [&]
+        {
+            ++runs;
+            release.Wait(0);
+            return 7u;
+        });
+    EXPECT_FALSE(t.IsActive());
+    EXPECT_TRUE(t.Join(10)) << "nothing to join yet";
+    ASSERT_TRUE(t.Start());
+    EXPECT_TRUE(t.IsActive());
+    EXPECT_FALSE(t.Start()) << "a second Start while it runs fails";
+    EXPECT_FALSE(t.Join(30)) << "still running";
+    release.Signal();
+    EXPECT_TRUE(t.Join());
+    EXPECT_FALSE(t.IsActive());
+    EXPECT_EQ(1, runs.load());
+
+    // A finished thread may run again.
+    ASSERT_TRUE(t.Start());
+    EXPECT_TRUE(t.Join());
+    EXPECT_EQ(2, runs.load());
+
+    const auto start = std::chrono::steady_clock::now();
+    LxThread::Sleep(30);
+    EXPECT_GE(MillisecondsSince(start), 25.0);
+}
+
+TEST(LxThread, AffinityBeforeAndAfterStart)
+{
+    LxTest::LogCapture log;
+    const unsigned int mask = FirstAllowedProcessorMask();
+    LxSignal go;
+    std::atomic<int> pinned{-1};
+    FunctionThread t(
+        [&]
+        {
+            go.Wait(0);
+#if defined(_WIN32)
+            // Setting the same mask again returns the one in force.
+            pinned = SetThreadAffinityMask(GetCurrentThread(), mask) == mask ? 1 : 0;
+#else
+            cpu_set_t set;
+            CPU_ZERO(&set);
+            sched_getaffinity(0, sizeof(set), &set);
+            pinned =
+                (CPU_COUNT(&set) == 1 && (1u << __builtin_ctz(mask)) == mask && CPU_ISSET(__builtin_ctz(mask), &set))
+                    ? 1
+                    : 0;
+#endif
+            return 0u;
+        });
+    t.SetAffinity(mask); // kept until the thread starts
+    ASSERT_TRUE(t.Start());
+    t.SetAffinity(mask);
+    go.Signal();
+    ASSERT_TRUE(t.Join());
+    EXPECT_EQ(1, pinned.load());
+    EXPECT_EQ(0, log.Count("refused"));
+
+    LxSignal hold;
+    FunctionThread u(
+        [&]
+        {
+            hold.Wait(0);
+            return 0u;
+        });
+    ASSERT_TRUE(u.Start());
+    u.SetAffinity(0);
+    hold.Signal();
+    EXPECT_TRUE(u.Join());
+    EXPECT_TRUE(log.Contains("LxThread::SetAffinity.  The processor mask 0x0 was refused.", LX_LOG_WARNING));
+}
+
+// --- thread pool --------------------------------------------------------------------------------------------------
+
+namespace
+{
+class RecordingItem : public LxWorkItem
+{
+public:
+    void Execute() override
+    {
+        thread = CurrentThreadTag();
+        ++runs;
+    }
+    unsigned long long thread = 0;
+    std::atomic<int> runs{0};
+};
+
+class BarrierItem : public LxWorkItem
+{
+public:
+    explicit BarrierItem(LxThreadBarrier& barrier) : m_barrier(barrier) {}
+    void Execute() override { m_barrier.Wait(nullptr); }
+
+private:
+    LxThreadBarrier& m_barrier;
+};
+} // namespace
+
+TEST(LxThreadPool, StrideDistributionWithTheCallerAsLastParticipant)
+{
+    LxThreadPool* pool = LxThreadPool::Create(3);
+    ASSERT_NE(nullptr, pool);
+    EXPECT_EQ(3u, pool->GetThreadCount());
+    const unsigned long long caller = CurrentThreadTag();
+
+    for (int batch = 0; batch < 25; ++batch)
+    {
+        RecordingItem items[10];
+        LxArray<LxWorkItem*> list;
+        for (RecordingItem& item : items)
+            list.Add(&item);
+        pool->ExecuteWorkItems(list);
+
+        // Group the items by the thread that ran them.
+        std::vector<std::set<int>> groups;
+        std::vector<unsigned long long> owners;
+        for (int i = 0; i < 10; ++i)
+        {
+            ASSERT_EQ(1, items[i].runs.load()) << "item " << i << " ran once";
+            size_t g = 0;
+            while (g < owners.size() && owners[g] != items[i].thread)
+                ++g;
+            if (g == owners.size())
+            {
+                owners.push_back(items[i].thread);
+                groups.emplace_back();
+            }
+            groups[g].insert(i);
+        }
+        ASSERT_EQ(4u, groups.size()) << "three workers and the caller";
+        const std::set<std::set<int>> expected = {{0, 4, 8}, {1, 5, 9}, {2, 6}, {3, 7}};
+        EXPECT_EQ(expected, std::set<std::set<int>>(groups.begin(), groups.end()));
+        EXPECT_EQ(caller, items[3].thread) << "the caller is participant 3";
+        EXPECT_EQ(caller, items[7].thread);
+        EXPECT_NE(caller, items[0].thread);
+    }
+
+    // The four participants really run at the same time: four items meeting at one barrier finish.
+    LxThreadBarrier meet(4);
+    BarrierItem a(meet), b(meet), c(meet), d(meet);
+    LxArray<LxWorkItem*> together;
+    together.Add(&a);
+    together.Add(&b);
+    together.Add(&c);
+    together.Add(&d);
+    pool->ExecuteWorkItems(together);
+
+    // Fewer items than workers, null items and an empty batch.
+    RecordingItem one, two;
+    LxArray<LxWorkItem*> sparse;
+    sparse.Add(nullptr);
+    sparse.Add(&one);
+    sparse.Add(nullptr);
+    sparse.Add(&two);
+    pool->ExecuteWorkItems(sparse);
+    EXPECT_EQ(1, one.runs.load());
+    EXPECT_EQ(1, two.runs.load());
+    EXPECT_EQ(caller, two.thread);
+    pool->ExecuteWorkItems(LxArray<LxWorkItem*>());
+    delete pool;
+}
+
+TEST(LxThreadPool, NoWorkersAndCreationFailure)
+{
+    LxThreadPool* pool = LxThreadPool::Create(0);
+    ASSERT_NE(nullptr, pool);
+    std::vector<int> order;
+    struct Ordered : LxWorkItem
+    {
+        Ordered(std::vector<int>& o, int i) : order(o), index(i) {}
+        void Execute() override { order.push_back(index); }
+        std::vector<int>& order;
+        int index;
+    };
+    Ordered i0(order, 0), i1(order, 1), i2(order, 2);
+    LxArray<LxWorkItem*> list;
+    list.Add(&i0);
+    list.Add(&i1);
+    list.Add(&i2);
+    pool->ExecuteWorkItems(list);
+    EXPECT_EQ((std::vector<int>{0, 1, 2}), order) << "the caller runs every item in order";
+    delete pool;
+
+    LxTest::LogCapture log;
+    EXPECT_EQ(nullptr, LxThreadPool::Create(LxThreadPool::MAX_THREADS + 1));
+    EXPECT_TRUE(log.Contains("Error occurred creating thread pool!", LX_LOG_ERROR));
+}
+
+// --- barrier ------------------------------------------------------------------------------------------------------
+
+namespace
+{
+class RoundListener : public LxThreadBarrierListener
+{
+public:
+    void OnAllThreadsArrived() override
+    {
+        // Every party of this round has arrived, none of the next.
+        arrivedAtCall.push_back(arrived.load());
+        ++round;
+    }
+    std::atomic<int> arrived{0};
+    std::vector<int> arrivedAtCall;
+    int round = 0; // written by the last arrival only, read by all after the barrier
+};
+} // namespace
+
+TEST(LxThreadBarrier, RoundsReleaseTogetherAndCallTheListenerOnce)
+{
+    const int parties = 4, rounds = 200;
+    LxThreadBarrier barrier(parties);
+    RoundListener listener;
+    std::atomic<int> mismatches{0};
+    std::vector<std::unique_ptr<FunctionThread>> threads;
+    for (int p = 0; p < parties; ++p)
+    {
+        threads.emplace_back(new FunctionThread(
+            [&]
+            {
+                for (int r = 0; r < rounds; ++r)
+                {
+                    ++listener.arrived;
+                    barrier.Wait(&listener);
+                    // Released only after the listener of this round ran.
+                    if (listener.round != r + 1)
+                        ++mismatches;
+                }
+                return 0u;
+            }));
+        ASSERT_TRUE(threads.back()->Start());
+    }
+    for (auto& t : threads)
+        ASSERT_TRUE(t->Join());
+    EXPECT_EQ(0, mismatches.load());
+    ASSERT_EQ(static_cast<size_t>(rounds), listener.arrivedAtCall.size());
+    for (int r = 0; r < rounds; ++r)
+        ASSERT_EQ(parties * (r + 1), listener.arrivedAtCall[r]) << "round " << r;
+
+    LxThreadBarrier alone(0);
+    EXPECT_EQ(1u, alone.GetCount());
+    RoundListener solo;
+    alone.Wait(&solo);
+    alone.Wait(nullptr);
+    alone.Wait(&solo);
+    EXPECT_EQ(2, solo.round);
+}
+
+// --- system information and the real time source ------------------------------------------------------------------
+
+TEST(LxSystemInfo, ProcessorsAndSIMD)
+{
+    const unsigned int count = LxSystemInfo::GetProcessorCount();
+    EXPECT_GE(count, 1u);
+    if (std::thread::hardware_concurrency() > 0)
+    {
+        EXPECT_EQ(std::thread::hardware_concurrency(), count);
+    }
+    EXPECT_EQ(LxSystemInfo::LX_SIMD_SSE, LxSystemInfo::DecodeSIMDISA(0, 1u << 25));
+    EXPECT_EQ(LxSystemInfo::LX_SIMD_SSE2, LxSystemInfo::DecodeSIMDISA(0, 1u << 26));
+    EXPECT_EQ(LxSystemInfo::LX_SIMD_SSE3, LxSystemInfo::DecodeSIMDISA(1, 0));
+    EXPECT_EQ(0u, LxSystemInfo::DecodeSIMDISA(~1u, ~(3u << 25)));
+#if defined(__x86_64__) || defined(_M_X64)
+    // Every x86-64 processor has SSE and SSE2.
+    const unsigned int isa = LxSystemInfo::GetSIMDISA();
+    EXPECT_EQ(3u, isa & 3u);
+    EXPECT_EQ(0u, isa & ~7u);
+#endif
+}
+
+TEST(LxRealTimeSource, MonotonicSeconds)
+{
+    LxRealTimeSource source;
+    const double t0 = source.GetTime();
+    double last = t0;
+    for (int i = 0; i < 1000; ++i)
+    {
+        const double t = source.GetTime();
+        ASSERT_GE(t, last);
+        last = t;
+    }
+    LxThread::Sleep(50);
+    const double elapsed = source.GetTime() - t0;
+    EXPECT_GE(elapsed, 0.045);
+    EXPECT_LT(elapsed, 5.0);
+}
+
+// --- clock --------------------------------------------------------------------------------------------------------
+
+TEST(LxClock, SmoothTimeConvergesAfterTheSeedsLeave)
+{
+    ManualTimeSource source;
+    LxClock clock(&source);
+    EXPECT_TRUE(clock.IsSmoothTimeEnabled());
+    EXPECT_EQ(10, clock.GetFilterWindowSize());
+    EXPECT_EQ(2u, clock.GetFrameHistoryCount()) << "seeded with 0.03 and 0";
+    double lo = -1, hi = -1;
+    clock.GetMinMaxFrameDuration(&lo, &hi);
+    EXPECT_EQ(0.0, lo);
+    EXPECT_EQ(0.03, hi);
+
+    source.now = 250.0; // whatever passed before the first step is not a frame
+    clock.FrameStep();
+    EXPECT_EQ(1u, clock.GetFrameCount());
+    EXPECT_DOUBLE_EQ(0.01, clock.GetFrameDuration()) << "mean of 0.03, 0, 0";
+    EXPECT_DOUBLE_EQ(100.0, clock.GetFrameRate());
+
+    for (int frame = 1; frame <= 10; ++frame)
+    {
+        source.now += 0.016;
+        clock.FrameStep();
+        if (frame == 9)
+        {
+            EXPECT_GT(std::fabs(clock.GetFrameDuration() - 0.016), 1e-4) << "the first raw 0 is still in";
+        }
+    }
+    EXPECT_NEAR(0.016, clock.GetFrameDuration(), 1e-12);
+    EXPECT_NEAR(62.5, clock.GetFrameRate(), 1e-8);
+    EXPECT_EQ(10u, clock.GetFrameHistoryCount());
+    EXPECT_EQ(11u, clock.GetFrameCount());
+    EXPECT_DOUBLE_EQ(clock.GetTime() - clock.GetFrameDuration(), clock.GetPreviousTime());
+    clock.GetMinMaxFrameDuration(&lo, &hi);
+    EXPECT_NEAR(0.016, lo, 1e-9);
+    EXPECT_NEAR(0.016, hi, 1e-9);
+}
+
+TEST(LxClock, RawTimeFilteringAndSources)
+{
+    ManualTimeSource source;
+    LxClock clock(&source);
+    clock.SetSmoothTime(false);
+    clock.FrameStep();
+    EXPECT_EQ(0.0, clock.GetFrameDuration());
+    source.now += 0.25;
+    clock.FrameStep();
+    EXPECT_EQ((100.0 + 0.25) - 100.0, clock.GetFrameDuration()) << "the raw difference exactly";
+    EXPECT_DOUBLE_EQ(1.0 / ((0.03 + 0 + 0 + 0.25) / 4), clock.GetFrameRate()) << "the rate stays filtered";
+    source.now += 0.5;
+    clock.FrameStep();
+    EXPECT_EQ(0.75, clock.GetTime());
+    EXPECT_EQ(0.25, clock.GetPreviousTime());
+
+    // A window of 0 is a window of 1: the filtered value is the last raw duration.
+    clock.SetSmoothTime(true);
+    clock.SetFiltering(0, 0.1);
+    EXPECT_EQ(1, clock.GetFilterWindowSize());
+    double lo, hi;
+    clock.GetMinMaxFrameDuration(&lo, &hi);
+    EXPECT_EQ(0.1, lo);
+    EXPECT_EQ(0.1, hi);
+    source.now += 0.04;
+    clock.FrameStep();
+    EXPECT_NEAR(0.04, clock.GetFrameDuration(), 1e-12);
+    EXPECT_EQ(1u, clock.GetFrameHistoryCount());
+
+    clock.SetFiltering(3, 0.02);
+    clock.ClearFrameHistory();
+    clock.GetMinMaxFrameDuration(&lo, &hi);
+    EXPECT_EQ(0.0, hi);
+    EXPECT_EQ(1u, clock.GetFrameHistoryCount());
+
+    // A new source: the next raw duration is 0, the history restarts with 0.
+    ManualTimeSource other;
+    other.now = 5000.0;
+    clock.SetTimeSource(&other);
+    EXPECT_EQ(&other, clock.GetTimeSource());
+    const double before = clock.GetTime();
+    clock.FrameStep();
+    EXPECT_EQ(before, clock.GetTime());
+    other.now += 0.3;
+    EXPECT_NEAR(0.3, clock.GetSourceTimeSinceStart(), 1e-12);
+    clock.FrameStep();
+    EXPECT_NEAR(0.1, clock.GetFrameDuration(), 1e-12) << "mean of 0, 0, 0.3";
+
+    // Without a source every raw duration is 0: only the seeds move the clock, and a window of 1 drops them.
+    LxClock stopped(nullptr);
+    stopped.SetFiltering(1, 0.0);
+    stopped.FrameStep();
+    stopped.FrameStep();
+    EXPECT_EQ(0.0, stopped.GetTime());
+    EXPECT_EQ(0.0, stopped.GetFrameRate()) << "no rate while the filtered duration is 0";
+}
+
+TEST(LxClock, ObserversInOrderAndRemovalDuringNotification)
+{
+    ManualTimeSource source;
+    LxClock clock(&source);
+    std::vector<int> calls;
+    struct Recorder : LxObserver
+    {
+        Recorder(std::vector<int>& c, int i) : calls(c), id(i) {}
+        void Update(LxTimeSubject& subject) override
+        {
+            calls.push_back(id);
+            if (victim)
+                subject.RemoveObserver(victim);
+        }
+        std::vector<int>& calls;
+        int id;
+        LxObserver* victim = nullptr;
+    };
+    Recorder a(calls, 1), b(calls, 2), c(calls, 3);
+    clock.AddObserver(&a);
+    clock.AddObserver(&b);
+    clock.AddObserver(&b); // once only
+    clock.AddObserver(&c);
+    clock.AddObserver(nullptr);
+    EXPECT_EQ(3u, clock.GetObserverCount());
+    clock.FrameStep();
+    EXPECT_EQ((std::vector<int>{1, 2, 3}), calls);
+
+    a.victim = &b; // 1 removes 2 in the middle of the round
+    calls.clear();
+    clock.FrameStep();
+    EXPECT_EQ((std::vector<int>{1, 3}), calls);
+    EXPECT_EQ(2u, clock.GetObserverCount());
+    c.victim = &c; // and an observer may remove itself
+    a.victim = nullptr;
+    calls.clear();
+    clock.FrameStep();
+    clock.FrameStep();
+    EXPECT_EQ((std::vector<int>{1, 3, 1}), calls);
+}
+
+// --- timers -------------------------------------------------------------------------------------------------------
+
+TEST(LxTimer, ScalePauseAndChaining)
+{
+    ManualTimeSource source;
+    LxClock clock(&source);
+    clock.SetSmoothTime(false);
+    LxTimer half(clock);
+    LxTimer full(half);
+    EXPECT_EQ(&clock, half.GetParent());
+    half.SetScale(0.5f);
+    full.SetScale(2.0f);
+    EXPECT_EQ(0.5f, half.GetScale());
+    clock.FrameStep();
+    for (int i = 0; i < 4; ++i)
+    {
+        source.now += 0.25;
+        clock.FrameStep();
+    }
+    EXPECT_EQ(1.0, clock.GetTime());
+    EXPECT_EQ(0.5, half.GetTime()) << "half as fast";
+    EXPECT_EQ(1.0, full.GetTime()) << "scale 2 on scale 0.5 follows the clock";
+    EXPECT_EQ(0.125, half.GetFrameDuration());
+
+    // A paused timer stands still, and so does every timer below it; unpausing resumes without a jump.
+    half.Pause(true);
+    EXPECT_TRUE(half.IsPaused());
+    EXPECT_EQ(0.0, half.GetFrameDuration());
+    source.now += 0.25;
+    clock.FrameStep();
+    source.now += 0.25;
+    clock.FrameStep();
+    EXPECT_EQ(1.5, clock.GetTime());
+    EXPECT_EQ(0.5, half.GetTime());
+    EXPECT_EQ(1.0, full.GetTime());
+    half.Pause(false);
+    source.now += 0.25;
+    clock.FrameStep();
+    EXPECT_EQ(0.625, half.GetTime());
+    EXPECT_EQ(0.5, half.GetPreviousTime());
+    EXPECT_EQ(1.25, full.GetTime());
+
+    full.Pause(true);
+    source.now += 0.25;
+    clock.FrameStep();
+    EXPECT_EQ(0.75, half.GetTime());
+    EXPECT_EQ(1.25, full.GetTime());
+}
+
+TEST(LxTimer, SetTimeClampsJumpsToOneSecond)
+{
+    ManualTimeSource source;
+    LxClock clock(&source);
+    LxTimer timer(clock);
+    timer.SetTime(2.0);
+    EXPECT_EQ(2.0, timer.GetTime());
+    EXPECT_EQ(1.0, timer.GetFrameDuration()) << "a jump never reports more than a second";
+    EXPECT_EQ(1.0, timer.GetPreviousTime());
+
+    timer.SetTime(7.0); // five seconds ahead
+    EXPECT_EQ(1.0, timer.GetFrameDuration());
+    EXPECT_EQ(6.0, timer.GetPreviousTime());
+    timer.SetTime(2.0);
+    EXPECT_EQ(-1.0, timer.GetFrameDuration());
+    EXPECT_EQ(3.0, timer.GetPreviousTime());
+
+    timer.SetTimeRelative(0.5);
+    EXPECT_EQ(2.5, timer.GetTime());
+    EXPECT_EQ(0.5, timer.GetFrameDuration());
+    EXPECT_EQ(2.0, timer.GetPreviousTime());
+
+    // The comparison is in single precision: a step that rounds to exactly 1.0f is kept as it is.
+    const double almostOne = 1.0 + 1e-9;
+    ASSERT_EQ(1.0f, static_cast<float>(almostOne));
+    timer.SetTimeRelative(almostOne);
+    EXPECT_NEAR(almostOne, timer.GetFrameDuration(), 1e-12);
+    EXPECT_GT(timer.GetFrameDuration(), 1.0) << "not clamped";
+    const double justOver = 1.0 + 1e-6;
+    timer.SetTimeRelative(justOver);
+    EXPECT_EQ(1.0, timer.GetFrameDuration());
+}
+
+TEST(LxTimer, OutlivesItsParentAndUnregisters)
+{
+    ManualTimeSource source;
+    LxTimer* orphan = nullptr;
+    {
+        LxClock clock(&source);
+        {
+            LxTimer shortLived(clock);
+            EXPECT_EQ(1u, clock.GetObserverCount());
+        }
+        EXPECT_EQ(0u, clock.GetObserverCount()) << "a timer unregisters when destroyed";
+        orphan = new LxTimer(clock);
+    }
+    EXPECT_EQ(nullptr, orphan->GetParent());
+    orphan->SetTime(0.5);
+    delete orphan; // must not touch the destroyed clock
+}
