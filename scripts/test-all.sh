@@ -6,7 +6,7 @@
 set -uo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
-DEFAULT_LANES="native native-asan windows"
+DEFAULT_LANES="native native-asan native-tsan windows"
 LANES=${*:-$DEFAULT_LANES}
 export CCACHE_DIR=${CCACHE_DIR:-/var/cache/lumex/ccache}
 export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
