@@ -19,6 +19,28 @@
 #include <cstdint>
 #include <cstring>
 
+// The string hash: h = h * 5 + c over the bytes taken as signed chars, in unsigned 32-bit arithmetic. Every name
+// lookup starts here, so it is inline (and outside the exported class, so that no module imports it). Eight bytes
+// per round give the same value as the byte-wise definition (h * 5^8 + c0 * 5^7 + ... + c7, all mod 2^32) with
+// independent multiplies instead of one long dependency chain.
+template <class Ch>
+inline unsigned int LxHashStringBytes(const Ch* text, unsigned int length)
+{
+    auto c = [](Ch ch) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(ch))); };
+    uint32_t h = 0;
+    unsigned int i = 0;
+    for (; i + 8 <= length; i += 8)
+    {
+        const uint32_t part = c(text[i]) * 78125u + c(text[i + 1]) * 15625u + c(text[i + 2]) * 3125u +
+                              c(text[i + 3]) * 625u + c(text[i + 4]) * 125u + c(text[i + 5]) * 25u +
+                              c(text[i + 6]) * 5u + c(text[i + 7]);
+        h = h * 390625u + part;
+    }
+    for (; i < length; ++i)
+        h = h * 5u + c(text[i]);
+    return h;
+}
+
 template <class Ch>
 class LxStringT
 {
@@ -136,25 +158,7 @@ public:
     bool EqualsNoCase(const LxStringT& other) const;
     int Compare(const LxStringT& other) const;
     // h = h * 5 + c over the bytes taken as signed chars, unsigned 32-bit arithmetic.
-    unsigned int Hash() const { return HashOf(m_pData, Length()); }
-    // Inline: every name lookup starts here. Eight bytes per round give the same value as the byte-wise
-    // definition (h * 5^8 + c0 * 5^7 + ... + c7, all mod 2^32) with independent multiplies instead of one long
-    // dependency chain.
-    static unsigned int HashOf(const Ch* text, unsigned int length)
-    {
-        uint32_t h = 0;
-        unsigned int i = 0;
-        for (; i + 8 <= length; i += 8)
-        {
-            const uint32_t part = C(text[i]) * 78125u + C(text[i + 1]) * 15625u + C(text[i + 2]) * 3125u +
-                                  C(text[i + 3]) * 625u + C(text[i + 4]) * 125u + C(text[i + 5]) * 25u +
-                                  C(text[i + 6]) * 5u + C(text[i + 7]);
-            h = h * 390625u + part;
-        }
-        for (; i < length; ++i)
-            h = h * 5u + C(text[i]);
-        return h;
-    }
+    unsigned int Hash() const { return LxHashStringBytes(m_pData, Length()); }
 
     // --- conversion ---------------------------------------------------------------------------------------------
     // strtol in `base`; succeeds only when the whole text was used, or all of it but a last 'L'/'l'. On failure
@@ -206,8 +210,6 @@ private:
     };
     static_assert(sizeof(BlockHeader) == 8, "the string header must stay 8 bytes");
 
-    // A byte as the hash sees it: a signed char widened to 32 bits.
-    static uint32_t C(Ch c) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(c))); }
     BlockHeader* Header() const { return reinterpret_cast<BlockHeader*>(m_pData) - 1; }
     static Ch* EmptyRep();
     static unsigned int Measure(const Ch* text)
