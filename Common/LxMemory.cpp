@@ -167,5 +167,16 @@ void LxAlignedFree(void* p)
     LxFree(out - out[-1]);
 }
 
-// The global operators route every C++ allocation of this module through the tracked allocator.
+// The global operators route every C++ allocation of this module through the tracked allocator. Not under
+// ThreadSanitizer: clang links its runtime's own (strong) operators new and delete into every executable, so a
+// second definition cannot link; there C++ allocations bypass the statistics (malloc is still intercepted).
+#if defined(__SANITIZE_THREAD__)
+#define LX_RUNTIME_OWNS_NEW_DELETE 1
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define LX_RUNTIME_OWNS_NEW_DELETE 1
+#endif
+#endif
+#if !defined(LX_RUNTIME_OWNS_NEW_DELETE)
 #include "Common/LxGlobalNewDelete.inl"
+#endif
