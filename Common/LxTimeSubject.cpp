@@ -9,13 +9,19 @@ LxTimeSubject::~LxTimeSubject()
     m_observers.Clear();
     for (LxObserver* observer : observers)
         if (observer)
+            observer->m_subjects.Remove(this);
+    for (LxObserver* observer : observers)
+        if (observer)
             observer->OnSubjectDestroyed(*this);
 }
 
 void LxTimeSubject::AddObserver(LxObserver* observer)
 {
     if (observer && !m_observers.Contains(observer))
+    {
         m_observers.Add(observer);
+        observer->m_subjects.Add(this);
+    }
 }
 
 void LxTimeSubject::RemoveObserver(LxObserver* observer)
@@ -23,6 +29,7 @@ void LxTimeSubject::RemoveObserver(LxObserver* observer)
     const int index = observer ? m_observers.Find(observer) : -1;
     if (index < 0)
         return;
+    observer->m_subjects.Remove(this);
     if (m_nNotifyDepth > 0)
     {
         // Keep the indices of the running notification valid; compact when it ends.

@@ -2,7 +2,8 @@
 //
 // Observers are held, not owned; each is notified once per step in the order of addition. An observer may remove
 // itself, or others, during a notification (removed ones are skipped); observers added during a notification are
-// first notified at the next one. The destructor tells every observer still registered (OnSubjectDestroyed).
+// first notified at the next one. An observer that is destroyed unregisters itself; the subject's destructor
+// unregisters and tells every observer still registered (OnSubjectDestroyed).
 // Belongs to one thread (the main thread in practice).
 #pragma once
 

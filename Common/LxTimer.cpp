@@ -7,11 +7,8 @@ LxTimer::LxTimer(LxTimeSubject& parent) : m_pParent(&parent)
     m_pParent->AddObserver(this);
 }
 
-LxTimer::~LxTimer()
-{
-    if (m_pParent)
-        m_pParent->RemoveObserver(this);
-}
+// The observer base unregisters from the parent.
+LxTimer::~LxTimer() = default;
 
 void LxTimer::Pause(bool pause)
 {

@@ -643,6 +643,17 @@ TEST(LxClock, ObserversInOrderAndRemovalDuringNotification)
     clock.FrameStep();
     clock.FrameStep();
     EXPECT_EQ((std::vector<int>{1, 3, 1}), calls);
+
+    {
+        Recorder temporary(calls, 4);
+        clock.AddObserver(&temporary);
+        EXPECT_EQ(2u, clock.GetObserverCount());
+    }
+    EXPECT_EQ(1u, clock.GetObserverCount()) << "a destroyed observer unregisters itself";
+    calls.clear();
+    clock.FrameStep();
+    EXPECT_EQ((std::vector<int>{1}), calls);
+    // a is destroyed before the clock (declared after it): it leaves the clock on its way out.
 }
 
 // --- timers -------------------------------------------------------------------------------------------------------
