@@ -58,9 +58,18 @@ bool LxSignal::WaitForSignals(unsigned int milliseconds, LxArray<LxSignal*>& sig
         // WaitForMultipleObjects takes at most MAXIMUM_WAIT_OBJECTS handles: wait for the list in batches against
         // one deadline.
         DWORD count = 0;
+        // The same handle twice makes the whole wait fail: list each event once.
         for (; next < signals.Count() && count < MAXIMUM_WAIT_OBJECTS; ++next)
-            if (signals[next])
-                handles[count++] = signals[next]->m_pImpl->event;
+        {
+            if (!signals[next])
+                continue;
+            const HANDLE event = signals[next]->m_pImpl->event;
+            bool listed = false;
+            for (DWORD i = 0; i < count && !listed; ++i)
+                listed = handles[i] == event;
+            if (!listed)
+                handles[count++] = event;
+        }
         if (count == 0)
             break;
         DWORD timeout = Timeout(milliseconds);

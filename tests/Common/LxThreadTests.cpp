@@ -179,6 +179,7 @@ TEST(LxSignal, WaitForSignalsNeedsAll)
     list.Add(nullptr); // skipped
     list.Add(&b);
     list.Add(&c);
+    list.Add(&a); // listed twice
     a.Signal();
     c.Signal();
     auto start = std::chrono::steady_clock::now();
