@@ -253,7 +253,8 @@ TEST(LxCountedPtr, AssignmentSharesAndReleases)
     EXPECT_EQ(Tracked::live, 1);
     EXPECT_EQ(a.GetRefCount(), 2u);
     EXPECT_EQ(b->value, 1);
-    b = b; // self-assignment
+    LxCountedPtr<Tracked>& alias = b;
+    b = alias; // self-assignment
     EXPECT_EQ(a.GetRefCount(), 2u);
     LxCountedPtr<Tracked> c(std::move(b));
     EXPECT_EQ(b, nullptr); // NOLINT(bugprone-use-after-move)
