@@ -1,0 +1,137 @@
+#include "EffectManager/LxShaderResourceSlot.h"
+
+#include "Common/LxLogManager.h"
+#include "EffectManager/LxScriptVariableSource.h"
+
+#include <cmath>
+
+namespace
+{
+LxScriptVariableSource* g_scriptSource = nullptr;
+
+const char* const kFieldNames[LxSlotViewParams::NUM_NUMERIC_FIELDS] = {"MipSlice",        "MipLevels", "ArraySize",
+                                                                       "FirstArraySlice", "WSize",     "FirstWSlice"};
+const char* const kElementFormats[] = {"float", "float2", "float3", "float4", "int",   "int2",
+                                       "int3",  "int4",   "uint",   "uint2",  "uint3", "uint4"};
+
+unsigned int ToUnsigned(double v)
+{
+    if (!(v > 0.0)) // negative and NaN
+        return 0;
+    if (v >= 4294967295.0)
+        return 0xFFFFFFFFu;
+    return static_cast<unsigned int>(v);
+}
+} // namespace
+
+void LxScriptVariableSource::SetGlobal(LxScriptVariableSource* source)
+{
+    g_scriptSource = source;
+}
+LxScriptVariableSource* LxScriptVariableSource::GetGlobal()
+{
+    return g_scriptSource;
+}
+
+const char* LxSlotViewParams::FieldName(Field field)
+{
+    return static_cast<unsigned int>(field) < NUM_NUMERIC_FIELDS ? kFieldNames[field] : "";
+}
+
+LxShaderResourceSlot::LxShaderResourceSlot(const LxString& name, const LxAnnotationMap* annotations) : m_name(name)
+{
+    if (annotations)
+        m_annotations = *annotations;
+}
+
+bool LxShaderResourceSlot::IsKnownElementFormat(const LxString& format)
+{
+    for (const char* f : kElementFormats)
+        if (format == f)
+            return true;
+    return false;
+}
+
+bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
+{
+    out = LxSlotViewParams();
+    LxCountedPtr<LxAnnotationValue> viewParams = m_annotations.LookupValue("ViewParams");
+    if (!viewParams)
+        return true;
+    if (!viewParams->IsMap())
+    {
+        LX_ERROR("'ViewParams' slot annotation must have type 'MAP'");
+        return false;
+    }
+    bool ok = true;
+    const LxAnnotationMap& map = *viewParams->GetMap();
+    for (unsigned int f = 0; f < LxSlotViewParams::NUM_NUMERIC_FIELDS; ++f)
+    {
+        LxCountedPtr<LxAnnotationValue> v = map.LookupValue(kFieldNames[f]);
+        if (!v)
+            continue;
+        if (v->IsFloat())
+        {
+            out.values[f] = ToUnsigned(v->GetFloat());
+            out.present[f] = true;
+            continue;
+        }
+        const LxString path = LxString("ViewParams.") + kFieldNames[f] + ".ScriptVariable";
+        LxCountedPtr<LxAnnotationValue> var = m_annotations.LookupValue(path);
+        if (!v->IsMap() || !var || !var->IsString())
+        {
+            LX_ERROR("Value of view parameter '%s' must either be of type FLOAT or be bound to a script variable",
+                     kFieldNames[f]);
+            ok = false;
+            continue;
+        }
+        const LxString variable = LxString("DrawScriptEnv.") + var->GetString();
+        double number = 0.0;
+        LxScriptVariableSource* source = LxScriptVariableSource::GetGlobal();
+        if (!source || !source->GetNumber(variable, number) || !std::isfinite(number))
+        {
+            LX_ERROR("Script variable named: %s does not exist, or does not refer to a number", variable.c_str());
+            ok = false;
+            continue;
+        }
+        out.values[f] = ToUnsigned(number);
+        out.present[f] = true;
+    }
+
+    LxCountedPtr<LxAnnotationValue> format = map.LookupValue("ElementFormat");
+    if (format)
+    {
+        if (!format->IsString())
+        {
+            LX_ERROR("Value of 'ElementFormat' view parameter must be of type STRING");
+            ok = false;
+        }
+        else if (!IsKnownElementFormat(format->GetString()))
+        {
+            LX_ERROR("Unrecognized view format: '%s'", format->GetString().c_str());
+            ok = false;
+        }
+        else
+        {
+            out.elementFormat = format->GetString();
+            out.hasElementFormat = true;
+        }
+    }
+
+    LxCountedPtr<LxAnnotationValue> counter = map.LookupValue("Counter");
+    if (counter && AcceptsCounter())
+    {
+        if (!counter->IsBool())
+        {
+            LX_ERROR("Value of 'Counter' view parameter must be of type BOOL");
+            ok = false;
+        }
+        else
+        {
+            out.counter = counter->GetBool();
+            out.hasCounter = true;
+        }
+    }
+    CheckViewParamsForType(out);
+    return ok;
+}

@@ -1,0 +1,33 @@
+// LxUAVSlot: an unordered-access resource an effect declares ("RWTexture2D tOut < ... >",
+// "AppendStructuredBuffer particles < ... >"). Its "ViewParams" may also hold "Counter" (a bool).
+#pragma once
+
+#include "EffectManager/LxShaderResourceSlot.h"
+
+class LX_API LxUAVSlot : public LxShaderResourceSlot
+{
+public:
+    enum Type
+    {
+        TYPED_BUFFER = 0,             // "RWBuffer"
+        TEXTURE_2D = 1,               // "RWTexture2D"
+        TEXTURE_3D = 2,               // "RWTexture3D"
+        STRUCTURED_BUFFER = 3,        // "RWStructuredBuffer"
+        APPEND_STRUCTURED_BUFFER = 4, // "AppendStructuredBuffer"
+        RAW_BUFFER = 5,               // "RWByteAddressBuffer"
+        APPEND_RAW_BUFFER = 6,        // "AppendByteAddressBuffer"
+        NUM_TYPES = 7
+    };
+
+    LxUAVSlot(const LxString& name, Type type, const LxAnnotationMap* annotations = nullptr);
+
+    Type GetType() const { return m_type; }
+    bool IsBuffer() const { return m_type != TEXTURE_2D && m_type != TEXTURE_3D; }
+    static const char* TypeToString(Type type);
+
+protected:
+    bool AcceptsCounter() const override { return true; }
+
+private:
+    Type m_type;
+};

@@ -1,0 +1,420 @@
+// Object model tests: parameters, annotations, vertex layouts, view parameters and the drawing sequence.
+#include "EffectManager/LxEffectTestUtil.h"
+
+#include "EffectManager/LxEffectDrawContext.h"
+#include "EffectManager/LxScriptVariableSource.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+TEST(LxEffectParameter, SizesNamesAndDefaults)
+{
+    const unsigned int sizes[] = {4, 4, 4, 16, 16, 16, 64};
+    const char* names[] = {"Float", "Int", "Bool", "Vector", "VectorI", "VectorB", "Matrix"};
+    for (unsigned int t = 0; t < LxEffectParameter::NUM_DATA_TYPES; ++t)
+    {
+        EXPECT_EQ(sizes[t], LxEffectParameter::GetDataTypeSize(LxEffectParameter::DataType(t)));
+        EXPECT_STREQ(names[t], LxEffectParameter::DataTypeToString(LxEffectParameter::DataType(t)));
+        LxEffectParameter::DataType back;
+        ASSERT_TRUE(LxEffectParameter::DataTypeFromString(names[t], back));
+        EXPECT_EQ(t, static_cast<unsigned int>(back));
+    }
+    LxEffectParameter::DataType unused;
+    EXPECT_FALSE(LxEffectParameter::DataTypeFromString("float", unused));
+
+    LxEffectParameter bones("bones", LxEffectParameter::TYPE_MATRIX, 2);
+    EXPECT_EQ(128u, bones.GetParameterSize());
+    EXPECT_EQ(nullptr, LxEffectParameter("f", 1.0f).GetDefaultValueMatrix());
+
+    // SetToDefaultValue writes the default into every element: 3 vectors, 48 bytes.
+    LxEffectParameter palette("palette", LxVector4(1, 2, 3, 4), 3);
+    std::vector<float> zeros(12, 0.0f);
+    palette.SetRawValue(zeros.data(), 48);
+    EXPECT_EQ(0.0f, static_cast<const float*>(palette.GetDataPtr())[11]);
+    palette.SetToDefaultValue();
+    const float* v = static_cast<const float*>(palette.GetDataPtr());
+    for (int e = 0; e < 3; ++e)
+        EXPECT_EQ(LxVector4(1, 2, 3, 4), LxVector4(v + 4 * e));
+
+    LxEffectParameter flag("flag", true);
+    EXPECT_EQ(1, *static_cast<const int*>(flag.GetDataPtr()));
+    flag.SetBool(false);
+    EXPECT_EQ(0, *static_cast<const int*>(flag.GetDataPtr()));
+}
+
+TEST(LxEffectParameter, TypedSettersCheckTypeAndIndex)
+{
+    LxTest::LogCapture capture;
+    LxEffectParameter counts("counts", 5, 2);
+    counts.SetInt(9, 1);
+    counts.SetInt(10, 2); // out of range: ignored
+    EXPECT_EQ(5, static_cast<const int*>(counts.GetDataPtr())[0]);
+    EXPECT_EQ(9, static_cast<const int*>(counts.GetDataPtr())[1]);
+    counts.SetFloat(1.0f);
+    EXPECT_TRUE(capture.Contains("LxEffectParameter::SetFloat: Effect parameter \"counts\" has type Int, not Float"));
+    EXPECT_EQ(5, static_cast<const int*>(counts.GetDataPtr())[0]);
+
+    LxEffectParameter m("m", LxEffectParameter::TYPE_MATRIX);
+    float identity[16] = {};
+    identity[0] = identity[5] = identity[10] = identity[15] = 1.0f;
+    m.SetFloatMatrix(identity);
+    EXPECT_EQ(0, std::memcmp(identity, m.GetDataPtr(), 64));
+    const int iv[4] = {1, -2, 3, -4};
+    LxEffectParameter vi("vi", LxEffectParameter::TYPE_VECTOR_INT, iv, 1);
+    EXPECT_EQ(LxVector4(1, -2, 3, -4), vi.GetDefaultValueVector());
+    const bool bv[4] = {true, false, false, true};
+    LxEffectParameter vb("vb", LxEffectParameter::TYPE_VECTOR_BOOL);
+    vb.SetBoolVector(bv);
+    EXPECT_EQ(1, static_cast<const int*>(vb.GetDataPtr())[3]);
+}
+
+TEST(LxEffectParameter, ColorConversionAppliesToMaskedComponents)
+{
+    LxTest::LogCapture capture;
+    LxAnnotationMap cc;
+    cc.SetValue("mask", new LxAnnotationValue("RGB"));
+    cc.SetValue("exponent", new LxAnnotationValue(2.2f));
+    LxAnnotationMap annotations;
+    annotations.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(cc)));
+
+    LxEffectParameter color("color", LxEffectParameter::TYPE_VECTOR);
+    color.SetAnnotations(annotations);
+    ASSERT_TRUE(color.HasColorConversion());
+    const float half[4] = {0.5f, 0.5f, 0.5f, 0.5f};
+    color.SetFloatVector(half);
+    const float* v = static_cast<const float*>(color.GetDataPtr());
+    EXPECT_FLOAT_EQ(std::pow(0.5f, 2.2f), v[0]);
+    EXPECT_FLOAT_EQ(std::pow(0.5f, 2.2f), v[2]);
+    EXPECT_FLOAT_EQ(0.5f, v[3]);
+    color.SetRawValue(half, 16);
+    EXPECT_FLOAT_EQ(std::pow(0.5f, 2.2f), v[1]);
+
+    // An alpha-only mask, a bad mask, a missing exponent and a non-map value.
+    LxAnnotationMap alpha;
+    alpha.SetValue("mask", new LxAnnotationValue("A"));
+    alpha.SetValue("exponent", new LxAnnotationValue(2.0f));
+    LxAnnotationMap a2;
+    a2.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(alpha)));
+    color.SetAnnotations(a2);
+    color.SetFloatVector(half);
+    EXPECT_FLOAT_EQ(0.5f, v[0]);
+    EXPECT_FLOAT_EQ(0.25f, v[3]);
+
+    LxAnnotationMap bad;
+    bad.SetValue("mask", new LxAnnotationValue("RQ"));
+    LxAnnotationMap a3;
+    a3.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(bad)));
+    color.SetAnnotations(a3);
+    EXPECT_TRUE(capture.Contains("Effect parameter's color conversion mask is invalid (RQ).  Defaulting to RGB."));
+    EXPECT_TRUE(capture.Contains("Effect parameter's color conversion exponent is either missing or invalid (out of "
+                                 "range?).  Defaulting to 1.0."));
+    EXPECT_EQ(0x7u, color.GetColorConversionMask());
+
+    LxAnnotationMap notMap;
+    notMap.SetValue("colorConversion", new LxAnnotationValue(1.0f));
+    color.SetAnnotations(notMap);
+    EXPECT_TRUE(capture.Contains("colorConversion annotation must specify an annotation map!"));
+    LxEffectParameter i("i", 1);
+    i.SetAnnotations(annotations);
+    EXPECT_TRUE(capture.Contains("Attempting to color convert a non Float/Vector parameter type!"));
+}
+
+namespace
+{
+class DoublingHandler : public LxUpdateHandler
+{
+public:
+    void Update(LxEffectParameter& parameter, void* data, unsigned int size) override
+    {
+        ++calls;
+        EXPECT_EQ(parameter.GetParameterSize(), size);
+        static_cast<float*>(data)[0] = 0.25f;
+    }
+    int calls = 0;
+};
+} // namespace
+
+TEST(LxEffectParameter, UpdateHandlerRunsWhenAppUpdatesAreOn)
+{
+    LxEffectParameter f("f", 1.0f);
+    DoublingHandler* handler = new DoublingHandler();
+    f.SetUpdateHandler(LxCountedPtr<LxUpdateHandler>(handler));
+    f.ExecuteUpdateHandler();
+    EXPECT_EQ(1, handler->calls);
+    EXPECT_EQ(0.25f, *static_cast<const float*>(f.GetDataPtr()));
+    LxEffectParameter::SetAppUpdatesEnabled(false);
+    f.ExecuteUpdateHandler();
+    LxEffectParameter::SetAppUpdatesEnabled(true);
+    EXPECT_EQ(1, handler->calls);
+
+    // Moving the storage keeps the value.
+    float shadow[1] = {0.0f};
+    f.SetStorage(shadow);
+    EXPECT_EQ(0.25f, shadow[0]);
+    f.SetFloat(3.0f);
+    EXPECT_EQ(3.0f, shadow[0]);
+    f.SetStorage(nullptr);
+    EXPECT_EQ(3.0f, *static_cast<const float*>(f.GetDataPtr()));
+}
+
+TEST(LxAnnotationMap, DottedPathsAndTypeErrors)
+{
+    LxTest::LogCapture capture;
+    LxAnnotationMap inner;
+    inner.SetValue("MipLevels", new LxAnnotationValue(3.0f));
+    LxAnnotationMap map;
+    map.SetValue("ViewParams", new LxAnnotationValue(new LxAnnotationMap(inner)));
+    map.SetValue("Name", new LxAnnotationValue("tex"));
+    map.SetValue("Color", new LxAnnotationValue(LxVector4(1, 2, 3, 4)));
+    map.SetValue("On", new LxAnnotationValue(true));
+
+    EXPECT_FLOAT_EQ(3.0f, map.LookupFloat("ViewParams.MipLevels", 0.0f));
+    EXPECT_TRUE(map.ValueExists("ViewParams.MipLevels"));
+    EXPECT_FALSE(map.ValueExists("ViewParams.MipSlice"));
+    EXPECT_FALSE(map.ValueExists("Name.MipLevels")); // a part before the last must be a map
+    EXPECT_FALSE(map.ValueExists("ViewParams."));
+    EXPECT_STREQ("tex", map.LookupString("Name", "").c_str());
+    EXPECT_EQ(LxVector4(1, 2, 3, 4), map.LookupVector("Color", LxVector4()));
+    EXPECT_TRUE(map.LookupBool("On", false));
+    EXPECT_EQ(0, capture.ErrorCount());
+
+    // Reading a value as another type reports and yields the default.
+    EXPECT_FLOAT_EQ(9.0f, map.LookupFloat("Name", 9.0f));
+    EXPECT_TRUE(capture.Contains("Trying to read a float from an AnnotationValue that has another type."));
+    EXPECT_FALSE(map.LookupBool("Name", false));
+    EXPECT_TRUE(capture.Contains("Trying to read a bool from an AnnotationValue that has another type."));
+    EXPECT_STREQ("d", map.LookupString("On", "d").c_str());
+    EXPECT_TRUE(capture.Contains("Trying to read a string from an AnnotationValue that has another type."));
+    EXPECT_EQ(LxVector4(), map.LookupVector("On", LxVector4()));
+    EXPECT_TRUE(capture.Contains("Trying to read a vector from an AnnotationValue that has another type."));
+    EXPECT_EQ(nullptr, map.LookupValue("On")->GetMap());
+    EXPECT_TRUE(capture.Contains("Trying to read a map from an AnnotationValue that has another type."));
+
+    // Insertion order, replacement and merging.
+    map.SetValue("Name", new LxAnnotationValue("other"));
+    ASSERT_EQ(4u, map.GetCount());
+    EXPECT_STREQ("ViewParams", map.GetName(0).c_str());
+    EXPECT_STREQ("other", map.GetValue(1)->GetString().c_str());
+    LxAnnotationMap extra;
+    extra.SetValue("On", new LxAnnotationValue(false));
+    extra.SetValue("New", new LxAnnotationValue(1.0f));
+    map.Merge(extra);
+    EXPECT_EQ(5u, map.GetCount());
+    EXPECT_FALSE(map.LookupBool("On", true));
+    EXPECT_TRUE(map.RemoveValue("New"));
+    EXPECT_FALSE(map.RemoveValue("New"));
+}
+
+TEST(LxVertexElement, TablesAndSemantics)
+{
+    unsigned int total = 0;
+    for (unsigned int t = 0; t < LxVertexElement::NUM_DATA_TYPES; ++t)
+    {
+        total += LxVertexElement::ms_dataTypeSize[t];
+        LxVertexElement::DataType back;
+        ASSERT_TRUE(
+            LxVertexElement::DataTypeFromString(LxVertexElement::DataTypeToString(LxVertexElement::DataType(t)), back));
+        EXPECT_EQ(t, static_cast<unsigned int>(back));
+    }
+    EXPECT_EQ(226u, total);
+    EXPECT_EQ(25, LxVertexElement::TYPE_BYTE2N);
+    EXPECT_EQ(26, LxVertexElement::TYPE_UBYTE2);
+    EXPECT_EQ(6u, LxVertexElement::ms_dataTypeSize[LxVertexElement::TYPE_HALF3]);
+    EXPECT_EQ(3u, LxVertexElement::ms_dataTypeComponentCount[LxVertexElement::TYPE_HALF3]);
+
+    LxString semantic;
+    unsigned int index = 99;
+    LxVertexElement(LxVertexElement::TYPE_FLOAT2, "TEXCOORD3").GetSemantic(semantic, index);
+    EXPECT_STREQ("TEXCOORD", semantic.c_str());
+    EXPECT_EQ(3u, index);
+    LxVertexElement(LxVertexElement::TYPE_FLOAT3, "POSITION").GetSemantic(semantic, index);
+    EXPECT_STREQ("POSITION", semantic.c_str());
+    EXPECT_EQ(0u, index);
+}
+
+TEST(LxVertexStreamDecl, OffsetsStrideAndSemanticLookup)
+{
+    LxTest::LogCapture capture;
+    LxVertexStreamDecl decl("S");
+    decl.AppendVertexElement(new LxVertexElement(LxVertexElement::TYPE_FLOAT3, "POSITION"));
+    decl.AppendVertexElement(new LxVertexElement(LxVertexElement::TYPE_UBYTE4N, "COLOR"));
+    decl.AppendVertexElement(new LxVertexElement(LxVertexElement::TYPE_HALF2, "TEXCOORD", "a"));
+    decl.AppendVertexElement(new LxVertexElement(LxVertexElement::TYPE_HALF2, "TEXCOORD", "b"));
+    EXPECT_EQ(24u, decl.GetStride());
+    EXPECT_EQ(16u, decl.GetElementOffset(decl.GetElement(2)));
+    EXPECT_EQ(20u, decl.GetElementOffset(decl.GetElement(3)));
+    LxVertexElement stranger(LxVertexElement::TYPE_FLOAT, "X");
+    EXPECT_EQ(0u, decl.GetElementOffset(&stranger));
+    EXPECT_TRUE(capture.Contains("Invalid vertex element passed to GetElementOffset!!"));
+    LxArray<const LxVertexElement*> found;
+    decl.GetElementsBySemantic("TEXCOORD", found);
+    ASSERT_EQ(2u, found.Count());
+    EXPECT_STREQ("b", found[1]->GetSecondName().c_str());
+}
+
+TEST(LxShaderResourceSlot, ViewParamsReadFloatsScriptVariablesAndChecks)
+{
+    class Script : public LxScriptVariableSource
+    {
+    public:
+        bool GetNumber(const LxString& name, double& value) override
+        {
+            if (name != "DrawScriptEnv.mips")
+                return false;
+            value = 4.0;
+            return true;
+        }
+    } script;
+    LxTest::LogCapture capture;
+    std::unique_ptr<LxEffect> fx = LxFxTest::Parse(
+        "Texture2D t < ViewParams = < MipSlice = 1, MipLevels = < ScriptVariable = \"mips\" >, "
+        "ArraySize = < ScriptVariable = \"nothing\" >, WSize = 2, FirstArraySlice = \"x\" > >\n"
+        "Buffer b < ViewParams = < ElementFormat = \"uint3\" > >\nBuffer b2 < ViewParams = < ElementFormat = \"half\" "
+        "> >\n"
+        "Texture3D v < ViewParams = < ArraySize = 2 > >\nTextureCube c < ViewParams = < FirstWSlice = 1 > >\n"
+        "Texture2D notMap < ViewParams = 3 >\nRWBuffer u < ViewParams = < Counter = true > >\n"
+        "RWBuffer u2 < ViewParams = < Counter = 1 > >\n");
+    ASSERT_TRUE(fx) << capture.All();
+    LxScriptVariableSource::SetGlobal(&script);
+    LxSlotViewParams p;
+    EXPECT_FALSE(fx->GetTextureSlot("t")->ReadViewParams(p));
+    LxScriptVariableSource::SetGlobal(nullptr);
+    EXPECT_EQ(1u, p.values[LxSlotViewParams::MIP_SLICE]);
+    EXPECT_EQ(4u, p.values[LxSlotViewParams::MIP_LEVELS]);
+    EXPECT_FALSE(p.present[LxSlotViewParams::ARRAY_SIZE]);
+    EXPECT_TRUE(
+        capture.Contains("Script variable named: DrawScriptEnv.nothing does not exist, or does not refer to a number"));
+    EXPECT_TRUE(
+        capture.Contains("Value of view parameter 'FirstArraySlice' must either be of type FLOAT or be bound to "
+                         "a script variable"));
+    EXPECT_TRUE(capture.Contains("W slice annotations are not used on views of Texture2D slots.  Are you confused??"));
+
+    EXPECT_TRUE(fx->GetTextureSlot("b")->ReadViewParams(p));
+    EXPECT_STREQ("uint3", p.elementFormat.c_str());
+    EXPECT_FALSE(fx->GetTextureSlot("b2")->ReadViewParams(p));
+    EXPECT_TRUE(capture.Contains("Unrecognized view format: 'half'"));
+    fx->GetTextureSlot("v")->ReadViewParams(p);
+    EXPECT_TRUE(
+        capture.Contains("Array slice annotations are not used on views of Texture3D slots.  Are you confused??"));
+    fx->GetTextureSlot("c")->ReadViewParams(p);
+    EXPECT_TRUE(
+        capture.Contains("W slice annotations are not used on views of TextureCube slots.  Are you confused??"));
+    EXPECT_FALSE(fx->GetTextureSlot("notMap")->ReadViewParams(p));
+    EXPECT_TRUE(capture.Contains("'ViewParams' slot annotation must have type 'MAP'"));
+    EXPECT_TRUE(fx->GetUAVSlot("u")->ReadViewParams(p));
+    EXPECT_TRUE(p.hasCounter && p.counter);
+    EXPECT_FALSE(fx->GetUAVSlot("u2")->ReadViewParams(p));
+    EXPECT_TRUE(capture.Contains("Value of 'Counter' view parameter must be of type BOOL"));
+}
+
+namespace
+{
+// A pass that records what the effect asks of it, standing in for the platform pass.
+std::vector<std::string> g_calls;
+
+class RecordingPass : public LxEffectPass
+{
+public:
+    using LxEffectPass::LxEffectPass;
+    bool Bind(LxEffect& effect) override
+    {
+        g_calls.push_back("bind " + std::string(GetName().c_str()) + " of " + effect.GetName().c_str());
+        return true;
+    }
+    void Unbind(LxEffect&) override { g_calls.push_back("unbind " + std::string(GetName().c_str())); }
+};
+
+class RecordingBuilder : public LxEffectBuilder
+{
+public:
+    LxEffectPass* CreatePass(const LxString& name, LxEffectTechnique* technique) override
+    {
+        return new RecordingPass(name, technique);
+    }
+};
+
+class DrawContext : public LxEffectDrawContext
+{
+public:
+    int GetActiveOverrideTechnique() const override { return activeOverride; }
+    void SetCurrentPass(LxEffect* effect, unsigned int passIndex) override
+    {
+        g_calls.push_back("current " + std::to_string(passIndex) + " of " + effect->GetName().c_str());
+    }
+    int activeOverride = -1;
+};
+
+const char* kTwoPasses = "Technique T\n{\n"
+                         "  Pass A { VertexShader() float4 main() : SV_Position { return 0; } EndVertexShader }\n"
+                         "  Pass B { VertexShader() float4 main() : SV_Position { return 0; } EndVertexShader }\n}\n"
+                         "BaseTechnique Abstract { Pass A { } }\n";
+} // namespace
+
+TEST(LxEffect, DrawingSequenceBindsPassesThroughThePlatformPass)
+{
+    LxTest::LogCapture capture;
+    RecordingBuilder builder;
+    std::unique_ptr<LxEffect> fx = LxFxTest::Parse(kTwoPasses, "draw.fx", &builder);
+    ASSERT_TRUE(fx) << capture.All();
+    DrawContext context;
+    LxEffectDrawContext::SetGlobal(&context);
+    g_calls.clear();
+
+    unsigned int passes = 0;
+    ASSERT_TRUE(fx->Begin("T", &passes));
+    EXPECT_EQ(2u, passes);
+    for (unsigned int i = 0; i < passes; ++i)
+    {
+        EXPECT_TRUE(fx->BeginPass(i));
+        EXPECT_EQ(static_cast<int>(i), fx->GetActivePassIndex());
+        EXPECT_TRUE(fx->EndPass());
+    }
+    EXPECT_TRUE(fx->End());
+    LxEffectDrawContext::SetGlobal(nullptr);
+    const std::vector<std::string> expected = {"current 0 of draw.fx", "bind A of draw.fx", "unbind A",
+                                               "current 1 of draw.fx", "bind B of draw.fx", "unbind B"};
+    EXPECT_EQ(expected, g_calls);
+    EXPECT_EQ(0, capture.ErrorCount()) << capture.All();
+}
+
+TEST(LxEffect, DrawingSequenceViolationsAreReported)
+{
+    LxTest::LogCapture capture;
+    RecordingBuilder builder;
+    std::unique_ptr<LxEffect> fx = LxFxTest::Parse(kTwoPasses, "draw.fx", &builder);
+    ASSERT_TRUE(fx);
+
+    EXPECT_FALSE(fx->BeginPass(0));
+    EXPECT_TRUE(capture.Contains("LxEffect::BeginPass called without calling LxEffect::Begin first"));
+    EXPECT_FALSE(fx->EndPass());
+    EXPECT_TRUE(capture.Contains("LxEffect::EndPass called without calling LxEffect::BeginPass first"));
+    EXPECT_FALSE(fx->End());
+    EXPECT_TRUE(capture.Contains("LxEffect::End called without matching LxEffect::Begin"));
+    EXPECT_FALSE(fx->Begin("Missing", nullptr));
+    EXPECT_TRUE(capture.Contains("Technique Missing not found"));
+    EXPECT_FALSE(fx->Begin("Abstract", nullptr));
+    EXPECT_TRUE(capture.Contains("Technique Abstract is a base technique and cannot be drawn"));
+
+    ASSERT_TRUE(fx->Begin(fx->GetTechnique("T"), nullptr));
+    EXPECT_FALSE(fx->Begin("T", nullptr));
+    EXPECT_TRUE(capture.Contains("Nested calls to LxEffect::Begin not allowed"));
+    EXPECT_FALSE(fx->BeginPass(2));
+    EXPECT_TRUE(capture.Contains("Invalid pass index"));
+    EXPECT_TRUE(fx->BeginPass(0));
+    EXPECT_FALSE(fx->BeginPass(1));
+    EXPECT_TRUE(capture.Contains("Nested calls to LxEffect::BeginPass not allowed"));
+    EXPECT_TRUE(fx->End()); // closes the open pass too
+    EXPECT_EQ(nullptr, fx->GetActivePass());
+    EXPECT_TRUE(fx->Begin("T", nullptr)); // usable again
+
+    // The generic pass cannot draw.
+    std::unique_ptr<LxEffect> generic = LxFxTest::Parse(kTwoPasses, "generic.fx");
+    ASSERT_TRUE(generic);
+    ASSERT_TRUE(generic->Begin("T", nullptr));
+    EXPECT_FALSE(generic->BeginPass(0));
+    EXPECT_TRUE(capture.Contains("LxEffectPass::Bind ::: IMPLEMENT ME!"));
+}

@@ -1,0 +1,142 @@
+// Scanner tests, through small effects: token numbering, keywords, literals, comments, strings, captures.
+#include "EffectManager/LxEffectTestUtil.h"
+
+#include "EffectManager/LxEffectParserGrammar.hpp"
+
+#include <gtest/gtest.h>
+
+using LxFxTest::Parse;
+
+TEST(LxEffectScanner, TokenKindsAreNumberedFrom258InTheirFixedOrder)
+{
+    EXPECT_EQ(258, T_ART_NOTES);
+    EXPECT_EQ(258 + 12, T_TECHNIQUE);
+    EXPECT_EQ(258 + 28, T_BINARY_SHADER_PAIR);
+    EXPECT_EQ(258 + 30, T_SEMICOLON);
+    EXPECT_EQ(258 + 33, T_ID);
+    EXPECT_EQ(258 + 37, T_INTEGER);
+    EXPECT_EQ(258 + 38, T_CONSTANT_TYPE_MATRIX);
+    EXPECT_EQ(258 + 45, T_TEXTURE_BUFFER);
+    EXPECT_EQ(258 + 60, T_SAMPLER);
+    EXPECT_EQ(258 + 61, T_TEXTURE);
+    EXPECT_EQ(258 + 62, T_STREAM_TYPE_FLOAT);
+    EXPECT_EQ(258 + 62 + 25, T_STREAM_TYPE_UBYTE2); // token order has ubyte2 before byte2n
+    EXPECT_EQ(258 + 62 + 26, T_STREAM_TYPE_BYTE2N);
+    EXPECT_EQ(258 + 62 + 38, T_STREAM_TYPE_INT2N);
+}
+
+TEST(LxEffectScanner, KeywordsAreWholeCaseSensitiveWords)
+{
+    LxTest::LogCapture capture;
+    // "texturecube" and "Technique2" are identifiers, so they can name parameters.
+    std::unique_ptr<LxEffect> fx =
+        Parse("Float texturecube\nFloat Technique2\nFloat TextureCubes\n"
+              "TextureCUBE tUpper < >\nTextureCube tMixed < >\n"
+              "Stream S { float3 POSITION }\nStreamMap M { S }\n"
+              "Technique T { Pass P { StreamOutMap = M StreamOutMap0 = M\n"
+              "VertexShader() float4 main() : SV_Position { return 0; } EndVertexShader }}\n");
+    ASSERT_TRUE(fx) << capture.All();
+    EXPECT_TRUE(fx->GetParameter("texturecube"));
+    EXPECT_TRUE(fx->GetParameter("Technique2"));
+    EXPECT_TRUE(fx->GetParameter("TextureCubes"));
+    EXPECT_EQ(LxTextureSlot::TEXTURE_CUBE, fx->GetTextureSlot("tUpper")->GetType());
+    EXPECT_EQ(LxTextureSlot::TEXTURE_CUBE, fx->GetTextureSlot("tMixed")->GetType());
+    EXPECT_EQ(fx->GetStreamMap("M"), fx->GetTechnique("T")->GetPass(0u)->GetStreamOutMap(0));
+}
+
+TEST(LxEffectScanner, NumbersFollowTheLiteralRules)
+{
+    LxTest::LogCapture capture;
+    std::unique_ptr<LxEffect> fx = Parse("Int neg (-3)\nInt diff (3 - 1)\nInt hex (0xFf)\nInt negHex (-0x10)\n"
+                                         "Int bin (0b1001)\nFloat a (0.)\nFloat b (.5)\nFloat c (-1.5)\n"
+                                         "Int wrap (2147483647 + 1)\nInt prod (65536 * 65536)\n");
+    ASSERT_TRUE(fx) << capture.All();
+    EXPECT_EQ(-3, fx->GetParameter("neg")->GetDefaultValueInt());
+    EXPECT_EQ(2, fx->GetParameter("diff")->GetDefaultValueInt());
+    EXPECT_EQ(255, fx->GetParameter("hex")->GetDefaultValueInt());
+    EXPECT_EQ(-16, fx->GetParameter("negHex")->GetDefaultValueInt());
+    EXPECT_EQ(9, fx->GetParameter("bin")->GetDefaultValueInt());
+    EXPECT_FLOAT_EQ(0.0f, fx->GetParameter("a")->GetDefaultValueFloat());
+    EXPECT_FLOAT_EQ(0.5f, fx->GetParameter("b")->GetDefaultValueFloat());
+    EXPECT_FLOAT_EQ(-1.5f, fx->GetParameter("c")->GetDefaultValueFloat());
+    // Integer arithmetic wraps at 32 bits rather than overflowing.
+    EXPECT_EQ(-2147483647 - 1, fx->GetParameter("wrap")->GetDefaultValueInt());
+    EXPECT_EQ(0, fx->GetParameter("prod")->GetDefaultValueInt());
+
+    // "3 -1" is 3 followed by the literal -1; "1e5" is 1 followed by the identifier e5.
+    capture.Clear();
+    EXPECT_FALSE(Parse("Int n (3 -1)\n", "minus.fx"));
+    EXPECT_TRUE(capture.Contains("minus.fx(1) : syntax error, unexpected T_INTEGER")) << capture.All();
+    capture.Clear();
+    EXPECT_FALSE(Parse("Float f (1e5)\n", "exp.fx"));
+    EXPECT_TRUE(capture.Contains("exp.fx(1) : syntax error, unexpected T_ID")) << capture.All();
+    // Integer and float literals do not mix in one expression.
+    capture.Clear();
+    EXPECT_FALSE(Parse("Float f (1.0 + 1)\n", "mix.fx"));
+    EXPECT_TRUE(capture.Contains("mix.fx(1) : syntax error, unexpected T_INTEGER, expecting T_FLOAT or '('"))
+        << capture.All();
+    capture.Clear();
+    EXPECT_FALSE(Parse("Int n (4 / (2 - 2))\n", "div.fx"));
+    EXPECT_TRUE(capture.Contains("div.fx(1) : Division by zero in integer expression")) << capture.All();
+}
+
+TEST(LxEffectScanner, StringsUnescapeAndComments)
+{
+    LxTest::LogCapture capture;
+    std::unique_ptr<LxEffect> fx =
+        Parse("Options < A = \"tab\\there\", B = \"q\\\"b\\\\n\\n\\x\" > // trailing comment\n"
+              "/* one /* two */ still one */ Float f\n/* multi\nline */ Float g\n");
+    ASSERT_TRUE(fx) << capture.All();
+    EXPECT_STREQ("tab\there", fx->GetOptions().LookupString("A", "").c_str());
+    EXPECT_STREQ("q\"b\\n\nx", fx->GetOptions().LookupString("B", "").c_str());
+    EXPECT_TRUE(fx->GetParameter("f"));
+    EXPECT_TRUE(fx->GetParameter("g"));
+
+    // A surplus closing mark after a comment is the punctuation '*' '/', which the grammar refuses.
+    capture.Clear();
+    EXPECT_FALSE(Parse("/* a /* b */ */ */ Float f\n", "surplus.fx"));
+    EXPECT_TRUE(capture.Contains("surplus.fx(1) : syntax error, unexpected '*'")) << capture.All();
+
+    // Line numbers count inside comments, strings of art notes and captured code.
+    capture.Clear();
+    EXPECT_FALSE(Parse("/*\n\n*/ArtNotes {\n\n}\nStartHLSL B\nx\ny\nEndHLSL\n@", "lines.fx"));
+    EXPECT_TRUE(capture.Contains("lines.fx(10) : Invalid character: @ (ASCII: 64)")) << capture.All();
+}
+
+TEST(LxEffectScanner, ShaderBodiesEndAtThePlainSubstring)
+{
+    LxTest::LogCapture capture;
+    std::unique_ptr<LxEffect> fx = Parse("Technique T\n{\n  Pass P\n  {\n"
+                                         "    VertexShader( EntryPoint = \"main\" )\n"
+                                         "      float4 main() : SV_Position { return 0; }\n"
+                                         "    EndVertexShader\n"
+                                         "    PixelShader( )\n"
+                                         "      float x; // EndPixelShader\n"
+                                         "  }\n}\n",
+                                         "body.fx");
+    ASSERT_TRUE(fx) << capture.All();
+    const LxEffectPass* pass = fx->GetTechnique("T")->GetPass(0u);
+    const LxShaderCodeBlock& vs = pass->GetShader(LX_VERTEX_SHADER)->GetCode();
+    EXPECT_EQ(6u, vs.firstLine);
+    EXPECT_STREQ("      float4 main() : SV_Position { return 0; }\n    ", vs.text.c_str());
+    EXPECT_STREQ("body.fx", vs.fileName.c_str());
+    const LxShaderCodeBlock& ps = pass->GetShader(LX_PIXEL_SHADER)->GetCode();
+    EXPECT_EQ(9u, ps.firstLine);
+    EXPECT_STREQ("      float x; // ", ps.text.c_str());
+
+    // A body that never ends is reported at the end of the file.
+    capture.Clear();
+    EXPECT_FALSE(Parse("Technique T { Pass P { VertexShader()\n float4 main();\n", "open.fx"));
+    EXPECT_TRUE(capture.Contains("Missing EndVertexShader before the end of the file")) << capture.All();
+}
+
+TEST(LxEffectScanner, MessagesAboutStringsAndIncludesUseTheirOwnTexts)
+{
+    LxTest::LogCapture capture;
+    EXPECT_FALSE(Parse("#include \"open\nFloat f\n", "inc.fx"));
+    EXPECT_TRUE(capture.Contains("inc.fx(1) : Unterminated string")) << capture.All();
+    EXPECT_FALSE(capture.Contains("Unterminated string!"));
+    capture.Clear();
+    EXPECT_FALSE(Parse("#include", "eof.fx"));
+    EXPECT_TRUE(capture.Contains("eof.fx(1) : Missing file name string after #include")) << capture.All();
+}

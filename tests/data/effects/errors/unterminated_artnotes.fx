@@ -1,0 +1,2 @@
+// expect: Unterminated art notes!
+ArtNotes { these notes never end

@@ -1,0 +1,3 @@
+// expect: Unterminated #ifdef/#ifndef block!
+#ifdef NOT_DEFINED
+Float f (1.0)
