@@ -153,7 +153,9 @@ LxEffect* LxEffectBuilder::GetCurrentEffect()
 
 void LxEffectBuilder::AbandonOpenScopes()
 {
-    if (m_pCurrentPass && m_bPassOrphan)
+    // A pass joins its technique at EndPass; until then (reopened inherited passes aside) the builder owns it.
+    if (m_pCurrentPass && (m_bPassOrphan || !m_pCurrentTechnique ||
+                           m_pCurrentTechnique->GetPass(m_pCurrentPass->GetName()) != m_pCurrentPass))
         delete m_pCurrentPass;
     m_pCurrentPass = nullptr;
     m_bPassOrphan = false;
