@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <string>
 
 namespace
 {
@@ -135,6 +136,19 @@ TEST(LxString, HashIsTimesFivePlusSignedByte)
     for (unsigned i = 0; i < longText.Length(); ++i)
         h = h * 5u + static_cast<uint32_t>(static_cast<signed char>(longText[i]));
     EXPECT_EQ(longText.Hash(), h);
+
+    // The block-wise folding must agree with the byte-wise definition for every length and any bytes.
+    uint32_t seed = 12345;
+    for (unsigned length = 0; length < 80; ++length)
+    {
+        std::string bytes(length, '\0');
+        for (char& b : bytes)
+            b = char((seed = seed * 1103515245u + 12345u) >> 16);
+        uint32_t expect = 0;
+        for (char b : bytes)
+            expect = expect * 5u + static_cast<uint32_t>(static_cast<signed char>(b));
+        EXPECT_EQ(LxString(bytes.data(), length).Hash(), expect) << length;
+    }
 }
 
 TEST(LxString, EqualityComparesLengthThenEveryByte)
