@@ -22,7 +22,8 @@ void FillDefault(LxEffectParameter::DataType type, const LxArray<float>* values,
     if (!values)
         return;
     const unsigned int n = values->Count() < 16 ? values->Count() : 16;
-    std::memcpy(out, values->Data(), n * sizeof(float));
+    if (n) // an empty initializer "()" has no data at all
+        std::memcpy(out, values->Data(), n * sizeof(float));
     (void)type;
 }
 
@@ -32,7 +33,8 @@ void FillDefault(LxEffectParameter::DataType type, const LxArray<int>* values, u
     if (!values)
         return;
     const unsigned int n = values->Count() < 4 ? values->Count() : 4;
-    std::memcpy(out, values->Data(), n * sizeof(int));
+    if (n)
+        std::memcpy(out, values->Data(), n * sizeof(int));
     (void)type;
 }
 

@@ -159,6 +159,11 @@ TEST(LxEffectBuilder, ArraysAreBoundedAndInitializersMustFitTheType)
     EXPECT_FALSE(Parse("Float huge[1000000]\n", "big.fx"));
     EXPECT_TRUE(capture.Contains("big.fx(1) : Effect parameter huge: array size 1000000 is out of range (1 to 65536)"))
         << capture.All();
+    // Empty initializers are allowed for every type: the default is zero.
+    std::unique_ptr<LxEffect> empty = Parse("Float f ()\nInt i ()\nBool b ()\nMatrix m ()\n", "empty.fx");
+    ASSERT_TRUE(empty) << capture.All();
+    EXPECT_EQ(0, empty->GetParameter("i")->GetDefaultValueInt());
+
     LxEffectBuilder builder;
     const LxArray<int> ints;
     builder.AddEffectParameter("f", LxEffectParameter::TYPE_FLOAT, &ints, nullptr);
