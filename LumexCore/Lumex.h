@@ -81,6 +81,7 @@
 
 // GPU resources
 #include "GPUResourceManager/LxConstantBuffer.h"
+#include "GPUResourceManager/LxDescriptorHeap.h"
 #include "GPUResourceManager/LxGPUBuffer.h"
 #include "GPUResourceManager/LxGPUDataBuffer.h"
 #include "GPUResourceManager/LxGPUDepthStencilResourceView.h"
@@ -102,3 +103,13 @@
 #include "GPUResourceManager/LxGPUUnorderedAccessView.h"
 #include "GPUResourceManager/LxGPUVertexBuffer.h"
 #include "GPUResourceManager/LxMappedSurface.h"
+#include "GPUResourceManager/LxUploadHeap.h"
+
+// Rendering
+#include "RenderManager/include/LxCommandList.h"
+#include "RenderManager/include/LxCommandQueue.h"
+#include "RenderManager/include/LxFence.h"
+#include "RenderManager/include/LxFrameEndListener.h"
+#include "RenderManager/include/LxFrameRing.h"
+#include "RenderManager/include/LxFrameStats.h"
+#include "RenderManager/include/LxRenderManager.h"
