@@ -2,32 +2,38 @@
 
 #include <cstring>
 
+const LxAnnotationMap::Entry* LxAnnotationMap::FindEntry(const char* name, unsigned int length) const
+{
+    for (const Entry& e : m_entries)
+        if (e.name.Length() == length && std::memcmp(e.name.c_str(), name, length) == 0)
+            return &e;
+    return nullptr;
+}
+
 void LxAnnotationMap::SetValue(const LxString& name, const LxCountedPtr<LxAnnotationValue>& value)
 {
-    if (m_values.Insert(name, value).second)
-        m_names.Add(name);
+    Entry* e = const_cast<Entry*>(FindEntry(name.c_str(), name.Length()));
+    if (e)
+        e->value = value;
     else
-        m_values.Set(name, value);
+        m_entries.Add(Entry{name, value});
 }
 
 bool LxAnnotationMap::RemoveValue(const LxString& name)
 {
-    if (!m_values.Erase(name))
-        return false;
-    m_names.Remove(name);
-    return true;
+    for (unsigned int i = 0; i < m_entries.Count(); ++i)
+        if (m_entries[i].name == name)
+        {
+            m_entries.RemoveAt(i);
+            return true;
+        }
+    return false;
 }
 
 void LxAnnotationMap::Merge(const LxAnnotationMap& other)
 {
-    for (unsigned int i = 0; i < other.m_names.Count(); ++i)
-        SetValue(other.m_names[i], other.GetValue(i));
-}
-
-LxCountedPtr<LxAnnotationValue> LxAnnotationMap::GetValue(unsigned int index) const
-{
-    const LxCountedPtr<LxAnnotationValue>* v = m_values.FindValue(m_names[index]);
-    return v ? *v : LxCountedPtr<LxAnnotationValue>();
+    for (const Entry& e : other.m_entries)
+        SetValue(e.name, e.value);
 }
 
 LxCountedPtr<LxAnnotationValue> LxAnnotationMap::LookupValue(const LxString& path) const
@@ -40,14 +46,14 @@ LxCountedPtr<LxAnnotationValue> LxAnnotationMap::LookupValue(const LxString& pat
         const char* dot = std::strchr(p, '.');
         const unsigned int length =
             dot ? static_cast<unsigned int>(dot - p) : static_cast<unsigned int>(std::strlen(p));
-        const LxCountedPtr<LxAnnotationValue>* v = map->m_values.FindValue(LxString(p, length));
-        if (!v)
+        const Entry* e = map->FindEntry(p, length);
+        if (!e)
             return LxCountedPtr<LxAnnotationValue>();
         if (!dot)
-            return *v;
-        if (!(*v)->IsMap())
+            return e->value;
+        if (!e->value->IsMap())
             return LxCountedPtr<LxAnnotationValue>();
-        map = (*v)->GetMap();
+        map = e->value->GetMap();
         p = dot + 1;
     }
 }

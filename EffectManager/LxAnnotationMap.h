@@ -5,12 +5,14 @@
 // The typed lookups return the default without a message when the entry is missing, and log the annotation
 // value's type error when it has another type. Values are shared (LxCountedPtr): copying a map is cheap and the
 // copy sees the same immutable values. Entries keep their insertion order for iteration.
+//
+// Maps are small (a handful of entries per declaration, and there are many declarations), so entries live in one
+// array searched linearly: cheaper to build and copy than a hash table, and as fast to search at these sizes.
 #pragma once
 
 #include "Common/LxApi.h"
 #include "Common/LxArray.h"
 #include "Common/LxCountedPtr.h"
-#include "Common/LxHashMap.h"
 #include "Common/LxString.h"
 #include "EffectManager/LxAnnotationValue.h"
 
@@ -38,13 +40,20 @@ public:
     LxString LookupString(const LxString& path, const LxString& defaultValue) const;
     LxVector4 LookupVector(const LxString& path, const LxVector4& defaultValue) const;
 
-    unsigned int GetCount() const { return m_names.Count(); }
-    bool IsEmpty() const { return m_names.IsEmpty(); }
+    unsigned int GetCount() const { return m_entries.Count(); }
+    bool IsEmpty() const { return m_entries.IsEmpty(); }
     // Entries in insertion order.
-    const LxString& GetName(unsigned int index) const { return m_names[index]; }
-    LxCountedPtr<LxAnnotationValue> GetValue(unsigned int index) const;
+    const LxString& GetName(unsigned int index) const { return m_entries[index].name; }
+    LxCountedPtr<LxAnnotationValue> GetValue(unsigned int index) const { return m_entries[index].value; }
 
 private:
-    LxHashMap<LxString, LxCountedPtr<LxAnnotationValue>, LxStringHasher> m_values;
-    LxArray<LxString> m_names;
+    struct Entry
+    {
+        LxString name;
+        LxCountedPtr<LxAnnotationValue> value;
+    };
+    // The entry named by the `length` characters at `name`, or null.
+    const Entry* FindEntry(const char* name, unsigned int length) const;
+
+    LxArray<Entry> m_entries;
 };

@@ -5,8 +5,8 @@
 
 LxAnnotationValue::LxAnnotationValue(float value) : m_type(TYPE_FLOAT), m_fValue(value) {}
 LxAnnotationValue::LxAnnotationValue(bool value) : m_type(TYPE_BOOL), m_bValue(value) {}
-LxAnnotationValue::LxAnnotationValue(const LxString& value) : m_type(TYPE_STRING), m_string(value) {}
-LxAnnotationValue::LxAnnotationValue(const char* value) : m_type(TYPE_STRING), m_string(value) {}
+LxAnnotationValue::LxAnnotationValue(const LxString& value) : m_type(TYPE_STRING), m_pString(new LxString(value)) {}
+LxAnnotationValue::LxAnnotationValue(const char* value) : m_type(TYPE_STRING), m_pString(new LxString(value)) {}
 LxAnnotationValue::LxAnnotationValue(const LxVector4& value) : m_type(TYPE_VECTOR), m_vector(value) {}
 LxAnnotationValue::LxAnnotationValue(LxAnnotationMap* map) : m_type(TYPE_MAP), m_pMap(map ? map : new LxAnnotationMap())
 {
@@ -15,6 +15,7 @@ LxAnnotationValue::LxAnnotationValue(LxAnnotationMap* map) : m_type(TYPE_MAP), m
 LxAnnotationValue::~LxAnnotationValue()
 {
     delete m_pMap;
+    delete m_pString;
 }
 
 float LxAnnotationValue::GetFloat() const
@@ -45,7 +46,7 @@ const LxString& LxAnnotationValue::GetString() const
         static const LxString s_empty;
         return s_empty;
     }
-    return m_string;
+    return *m_pString;
 }
 
 LxVector4 LxAnnotationValue::GetVector() const

@@ -53,7 +53,7 @@ private:
     Type m_type;
     float m_fValue = 0.0f;
     bool m_bValue = false;
-    LxString m_string;
+    LxString* m_pString = nullptr; // only string values carry one (an empty LxString still allocates)
     LxVector4 m_vector;
     LxAnnotationMap* m_pMap = nullptr;
 };

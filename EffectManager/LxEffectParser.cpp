@@ -109,7 +109,9 @@ bool LxEffectParser::LoadEffectFileContents(const LxArchive* archive, const LxSt
 void LxEffectParser::Init(const LxString& fileName, const LxString& fileContents, LxEffectBuilder* builder)
 {
     m_fileName = fileName;
-    m_contents = fileContents;
+    // Room for the scanner's two end marks after the text (the string's terminator is the first).
+    m_contents.Reserve(fileContents.Length() + 2, false);
+    m_contents.Assign(fileContents.c_str(), fileContents.Length());
     m_pBuilder = builder;
     if (builder)
     {
@@ -134,7 +136,11 @@ LxEffect* LxEffectParser::Parse()
     context.line = 1;
     m_pContext = &context;
 
-    void* scanner = LxEffectScannerCreate(&context, m_contents.c_str(), m_contents.Length());
+    const unsigned int length = m_contents.Length();
+    if (m_contents.Capacity() < length + 2)
+        m_contents.Reserve(length + 2, true);
+    m_contents.GetBuffer()[length + 1] = 0;
+    void* scanner = LxEffectScannerCreate(&context, m_contents.GetBuffer(), length);
     int result = 1;
     if (scanner)
     {

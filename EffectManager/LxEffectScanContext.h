@@ -43,7 +43,9 @@ struct LxEffectScanContext
 };
 
 // Scanner entry points (LxEffectScanner.l).
-void* LxEffectScannerCreate(LxEffectScanContext* context, const char* data, unsigned int size);
+// Scans `size` bytes at `data` in place: data[size] and data[size + 1] must be 0 (flex's end-of-buffer marks).
+// The bytes are modified while scanning and restored; they must outlive the scanner.
+void* LxEffectScannerCreate(LxEffectScanContext* context, char* data, unsigned int size);
 void LxEffectScannerDestroy(void* scanner);
 // Switches the scanner to capture code up to `endKeyword` (a literal that outlives the capture).
 void LxEffectScannerBeginCapture(void* scanner, const char* endKeyword);
