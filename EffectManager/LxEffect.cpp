@@ -21,6 +21,11 @@ LxEffect::LxEffect(const LxString& name) : m_name(name) {}
 
 LxEffect::~LxEffect()
 {
+    // Bindings first: views and buffers may be the last references to their resources.
+    m_textures.Clear();
+    m_uavs.Clear();
+    m_vertexBuffers.Clear();
+    m_indexBuffer = nullptr;
     // Techniques first: their passes point at stream maps and shaders that the tables below own.
     m_techniques.Clear();
     m_samplers.Clear();
@@ -98,6 +103,169 @@ bool LxEffect::Finalize()
     }
     return ok;
 }
+
+// --- bindings -------------------------------------------------------------------------------------------------------
+
+bool LxEffect::BindVertexBuffer(const LxString& streamName, const LxCountedPtr<LxGPUVertexBuffer>& buffer,
+                                unsigned int offset)
+{
+    const LxVertexStreamDecl* decl = m_streams.Find(streamName);
+    if (!decl)
+    {
+        LX_ERROR("%s: Unknown stream name \"%s\"", "LxEffect::BindVertexBuffer", streamName.c_str());
+        return false;
+    }
+    return BindVertexBuffer(decl, buffer, offset);
+}
+
+bool LxEffect::BindVertexBuffer(const LxVertexStreamDecl* decl, const LxCountedPtr<LxGPUVertexBuffer>& buffer,
+                                unsigned int offset)
+{
+    if (!decl || m_streams.Find(decl->GetName()) != decl)
+    {
+        LX_ERROR("%s: Unknown stream name \"%s\"", "LxEffect::BindVertexBuffer", decl ? decl->GetName().c_str() : "");
+        return false;
+    }
+    if (buffer)
+        m_vertexBuffers.Set(decl, VertexBinding{buffer, offset});
+    else
+        m_vertexBuffers.Erase(decl);
+    return true;
+}
+
+LxCountedPtr<LxGPUVertexBuffer> LxEffect::GetBoundVertexBuffer(const LxString& streamName, unsigned int* offset) const
+{
+    const LxVertexStreamDecl* decl = m_streams.Find(streamName);
+    if (!decl)
+    {
+        LX_ERROR("%s: Unknown stream name \"%s\"", "LxEffect::GetBoundVertexBuffer", streamName.c_str());
+        return LxCountedPtr<LxGPUVertexBuffer>();
+    }
+    return GetBoundVertexBuffer(decl, offset);
+}
+
+LxCountedPtr<LxGPUVertexBuffer> LxEffect::GetBoundVertexBuffer(const LxVertexStreamDecl* decl,
+                                                               unsigned int* offset) const
+{
+    if (offset)
+        *offset = 0;
+    const VertexBinding* binding = m_vertexBuffers.FindValue(decl);
+    if (!binding)
+        return LxCountedPtr<LxGPUVertexBuffer>();
+    if (offset)
+        *offset = binding->offset;
+    return binding->buffer;
+}
+
+bool LxEffect::BindTexture(const LxString& slotName, const LxCountedPtr<LxGPUSamplingResourceView>& view)
+{
+    const LxTextureSlot* slot = m_textureSlots.Find(slotName);
+    if (!slot)
+    {
+        LX_ERROR("%s: Unknown texture slot name \"%s\"", "LxEffect::BindTexture", slotName.c_str());
+        return false;
+    }
+    return BindTexture(slot, view);
+}
+
+bool LxEffect::BindTexture(const LxTextureSlot* slot, const LxCountedPtr<LxGPUSamplingResourceView>& view)
+{
+    if (!slot || m_textureSlots.Find(slot->GetName()) != slot)
+    {
+        LX_ERROR("%s: Unknown texture slot name \"%s\"", "LxEffect::BindTexture", slot ? slot->GetName().c_str() : "");
+        return false;
+    }
+    if (view)
+        m_textures.Set(slot, view);
+    else
+        m_textures.Erase(slot);
+    return true;
+}
+
+LxCountedPtr<LxGPUSamplingResourceView> LxEffect::GetBoundTexture(const LxString& slotName) const
+{
+    const LxTextureSlot* slot = m_textureSlots.Find(slotName);
+    if (!slot)
+    {
+        LX_ERROR("%s: Unknown texture slot name \"%s\"", "LxEffect::GetBoundTexture", slotName.c_str());
+        return LxCountedPtr<LxGPUSamplingResourceView>();
+    }
+    return GetBoundTexture(slot);
+}
+
+LxCountedPtr<LxGPUSamplingResourceView> LxEffect::GetBoundTexture(const LxTextureSlot* slot) const
+{
+    const LxCountedPtr<LxGPUSamplingResourceView>* view = m_textures.FindValue(slot);
+    return view ? *view : LxCountedPtr<LxGPUSamplingResourceView>();
+}
+
+bool LxEffect::BindTextureResource(const LxString& slotName, LxGPUResource& resource)
+{
+    const LxTextureSlot* slot = m_textureSlots.Find(slotName);
+    if (!slot)
+    {
+        LX_ERROR("%s: Unknown texture slot name \"%s\"", "LxEffect::BindTexture", slotName.c_str());
+        return false;
+    }
+    LxCountedPtr<LxGPUSamplingResourceView> view = slot->CreateView(resource);
+    return view && BindTexture(slot, view);
+}
+
+bool LxEffect::BindUAV(const LxString& slotName, const LxCountedPtr<LxGPUUnorderedAccessView>& view)
+{
+    const LxUAVSlot* slot = m_uavSlots.Find(slotName);
+    if (!slot)
+    {
+        LX_ERROR("%s: Unknown UAV slot name \"%s\"", "LxEffect::BindUAV", slotName.c_str());
+        return false;
+    }
+    return BindUAV(slot, view);
+}
+
+bool LxEffect::BindUAV(const LxUAVSlot* slot, const LxCountedPtr<LxGPUUnorderedAccessView>& view)
+{
+    if (!slot || m_uavSlots.Find(slot->GetName()) != slot)
+    {
+        LX_ERROR("%s: Unknown UAV slot name \"%s\"", "LxEffect::BindUAV", slot ? slot->GetName().c_str() : "");
+        return false;
+    }
+    if (view)
+        m_uavs.Set(slot, view);
+    else
+        m_uavs.Erase(slot);
+    return true;
+}
+
+LxCountedPtr<LxGPUUnorderedAccessView> LxEffect::GetBoundUAV(const LxString& slotName) const
+{
+    const LxUAVSlot* slot = m_uavSlots.Find(slotName);
+    if (!slot)
+    {
+        LX_ERROR("%s: Unknown UAV slot name \"%s\"", "LxEffect::GetBoundUAV", slotName.c_str());
+        return LxCountedPtr<LxGPUUnorderedAccessView>();
+    }
+    return GetBoundUAV(slot);
+}
+
+LxCountedPtr<LxGPUUnorderedAccessView> LxEffect::GetBoundUAV(const LxUAVSlot* slot) const
+{
+    const LxCountedPtr<LxGPUUnorderedAccessView>* view = m_uavs.FindValue(slot);
+    return view ? *view : LxCountedPtr<LxGPUUnorderedAccessView>();
+}
+
+bool LxEffect::BindUAVResource(const LxString& slotName, LxGPUResource& resource)
+{
+    const LxUAVSlot* slot = m_uavSlots.Find(slotName);
+    if (!slot)
+    {
+        LX_ERROR("%s: Unknown UAV slot name \"%s\"", "LxEffect::BindUAV", slotName.c_str());
+        return false;
+    }
+    LxCountedPtr<LxGPUUnorderedAccessView> view = slot->CreateView(resource);
+    return view && BindUAV(slot, view);
+}
+
+// --- drawing --------------------------------------------------------------------------------------------------------
 
 bool LxEffect::Begin(const LxString& techniqueName, unsigned int* numPasses)
 {

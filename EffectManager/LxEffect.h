@@ -4,6 +4,10 @@
 // Built by LxEffectBuilder (the Add* operations are the builder's; after LxEffectBuilder::GetResult the structure
 // is read-only and only parameter values and bindings change). Lookups by name return null when absent.
 //
+// Bindings: the effect holds the index buffer, one vertex buffer (with a byte offset) per stream declaration and one
+// view per texture and UAV slot that the platform pass binds at BeginPass. An unknown name is reported and the
+// call fails; binding null clears.
+//
 // Drawing is a strict sequence: Begin(technique) -> BeginPass(i) -> EndPass() -> ... -> End(). Misuse is reported
 // and answered with false; the effect stays usable. One thread draws with an effect at a time.
 #pragma once
@@ -22,6 +26,10 @@
 #include "EffectManager/LxTextureSlot.h"
 #include "EffectManager/LxUAVSlot.h"
 #include "EffectManager/LxVertexStreamDecl.h"
+#include "GPUResourceManager/LxGPUIndexBuffer.h"
+#include "GPUResourceManager/LxGPUSamplingResourceView.h"
+#include "GPUResourceManager/LxGPUUnorderedAccessView.h"
+#include "GPUResourceManager/LxGPUVertexBuffer.h"
 
 class LX_API LxEffect
 {
@@ -86,6 +94,30 @@ public:
     // False after reporting what failed.
     virtual bool Finalize();
 
+    // --- bindings -----------------------------------------------------------------------------------------------
+    void BindIndexBuffer(const LxCountedPtr<LxGPUIndexBuffer>& buffer) { m_indexBuffer = buffer; }
+    const LxCountedPtr<LxGPUIndexBuffer>& GetBoundIndexBuffer() const { return m_indexBuffer; }
+    bool BindVertexBuffer(const LxString& streamName, const LxCountedPtr<LxGPUVertexBuffer>& buffer,
+                          unsigned int offset = 0);
+    bool BindVertexBuffer(const LxVertexStreamDecl* decl, const LxCountedPtr<LxGPUVertexBuffer>& buffer,
+                          unsigned int offset = 0);
+    // Null when nothing is bound (or the name is unknown, which is reported); `offset` receives the byte offset.
+    LxCountedPtr<LxGPUVertexBuffer> GetBoundVertexBuffer(const LxString& streamName,
+                                                         unsigned int* offset = nullptr) const;
+    LxCountedPtr<LxGPUVertexBuffer> GetBoundVertexBuffer(const LxVertexStreamDecl* decl,
+                                                         unsigned int* offset = nullptr) const;
+    bool BindTexture(const LxString& slotName, const LxCountedPtr<LxGPUSamplingResourceView>& view);
+    bool BindTexture(const LxTextureSlot* slot, const LxCountedPtr<LxGPUSamplingResourceView>& view);
+    LxCountedPtr<LxGPUSamplingResourceView> GetBoundTexture(const LxString& slotName) const;
+    LxCountedPtr<LxGPUSamplingResourceView> GetBoundTexture(const LxTextureSlot* slot) const;
+    // Makes the view of `resource` that the slot's "ViewParams" describe (LxTextureSlot::CreateView) and binds it.
+    bool BindTextureResource(const LxString& slotName, LxGPUResource& resource);
+    bool BindUAV(const LxString& slotName, const LxCountedPtr<LxGPUUnorderedAccessView>& view);
+    bool BindUAV(const LxUAVSlot* slot, const LxCountedPtr<LxGPUUnorderedAccessView>& view);
+    LxCountedPtr<LxGPUUnorderedAccessView> GetBoundUAV(const LxString& slotName) const;
+    LxCountedPtr<LxGPUUnorderedAccessView> GetBoundUAV(const LxUAVSlot* slot) const;
+    bool BindUAVResource(const LxString& slotName, LxGPUResource& resource);
+
     // --- drawing ------------------------------------------------------------------------------------------------
     bool Begin(const LxString& techniqueName, unsigned int* numPasses);
     bool Begin(LxEffectTechnique* technique, unsigned int* numPasses);
@@ -110,6 +142,16 @@ private:
     LxAnnotationMap m_options;
     LxString m_artNotes;
     LxArray<LxString> m_includedFiles;
+
+    struct VertexBinding
+    {
+        LxCountedPtr<LxGPUVertexBuffer> buffer;
+        unsigned int offset;
+    };
+    LxCountedPtr<LxGPUIndexBuffer> m_indexBuffer;
+    LxHashMap<const void*, VertexBinding, LxPointerHasher<void>> m_vertexBuffers;
+    LxHashMap<const void*, LxCountedPtr<LxGPUSamplingResourceView>, LxPointerHasher<void>> m_textures;
+    LxHashMap<const void*, LxCountedPtr<LxGPUUnorderedAccessView>, LxPointerHasher<void>> m_uavs;
 
     LxEffectTechnique* m_pActiveTechnique = nullptr;
     int m_nActiveOverride = -1;

@@ -518,13 +518,12 @@ void LxEffectBuilder::StartInheritedTechnique(const LxString& name, const LxStri
     for (unsigned int i = 0; i < base->GetNumPasses(); ++i)
     {
         const LxEffectPass* basePass = base->GetPass(i);
-        LxEffectPass* clone = CreatePass(basePass->GetName(), m_pCurrentTechnique);
+        LxEffectPass* clone = basePass->Clone(basePass->GetName(), m_pCurrentTechnique, *this);
         if (!clone)
         {
             ParseError("Error creating pass: %s", basePass->GetName().c_str());
             continue;
         }
-        clone->CopyFrom(*basePass);
         m_pCurrentTechnique->AppendPass(clone);
         m_inheritedPasses.Add(clone);
     }
@@ -583,11 +582,10 @@ void LxEffectBuilder::AppendOverridePasses()
                 continue;
             }
             const LxEffectPass* pass = technique->GetPass(p);
-            LxEffectPass* clone = CreatePass(pass->GetName(), technique);
+            LxEffectPass* clone = pass->Clone(pass->GetName(), technique, *this);
             bool ok = clone != nullptr;
             if (ok)
             {
-                clone->CopyFrom(*pass);
                 // The override's pixel shader is compiled against this effect, whose parameters it reads.
                 LxCountedPtr<LxEffectShader> shader =
                     CompileShader(LX_PIXEL_SHADER, pixel->GetCode(), pixel->GetEntryPoint(), pixel->GetLanguage(),
@@ -789,7 +787,14 @@ bool LxEffectBuilder::ValidateShaderAnnotations(LxShaderType type, const LxAnnot
     }
     LxCountedPtr<LxAnnotationValue> profile = options.LookupValue("Profile");
     if (profile && !profile->IsString())
-        LX_WARNING("Ignoring shader annotation \"Profile\" because it is not of type STRING.");
+    {
+        // A warning: the shader still builds, with the profile the stage and feature level give.
+        LxString text;
+        if (m_pParser)
+            text.Format("%s(%u) : ", m_pParser->GetCurrentEffectFileName().c_str(), m_pParser->GetCurrentLineNumber());
+        text.Append("Ignoring shader annotation \"Profile\" because it is not of type STRING.");
+        LxLogManager::GetRef().LogMessage(text, LX_LOG_WARNING, nullptr, 0);
+    }
     if (options.ValueExists("AvoidFlowControl") && options.ValueExists("PreferFlowControl"))
     {
         ParseError("AvoidFlowControl and PreferFlowControl are mutually exclusive.");

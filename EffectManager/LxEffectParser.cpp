@@ -134,6 +134,8 @@ LxEffect* LxEffectParser::Parse()
     context.builder = m_pBuilder;
     context.fileName = m_fileName;
     context.line = 1;
+    // Defines may expand to a few times the file's own size, never to unbounded text.
+    context.expandedLimit = (1ull << 20) + 8ull * m_contents.Length();
     m_pContext = &context;
 
     const unsigned int length = m_contents.Length();

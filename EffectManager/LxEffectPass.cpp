@@ -1,6 +1,7 @@
 #include "EffectManager/LxEffectPass.h"
 
 #include "Common/LxLogManager.h"
+#include "EffectManager/LxEffectBuilder.h"
 
 LxEffectPass::LxEffectPass(const LxString& name, LxEffectTechnique* technique) : m_name(name), m_pTechnique(technique)
 {
@@ -74,6 +75,14 @@ void LxEffectPass::CopyFrom(const LxEffectPass& other)
         m_pStreamOutMaps[i] = other.m_pStreamOutMaps[i];
     m_binaryPairFile = other.m_binaryPairFile;
     m_binaryPair = other.m_binaryPair;
+}
+
+LxEffectPass* LxEffectPass::Clone(const LxString& name, LxEffectTechnique* technique, LxEffectBuilder& factory) const
+{
+    LxEffectPass* pass = factory.CreatePass(name, technique);
+    if (pass)
+        pass->CopyFrom(*this);
+    return pass;
 }
 
 bool LxEffectPass::Bind(LxEffect& effect)

@@ -17,6 +17,7 @@
 #include "EffectManager/LxStateValue.h"
 
 class LxEffect;
+class LxEffectBuilder;
 class LxEffectTechnique;
 class LxStreamMap;
 
@@ -69,6 +70,9 @@ public:
     // Copies shaders, binary pair, render states and stream maps of `other` (technique inheritance and override
     // passes). The platform pass extends it with its own state.
     virtual void CopyFrom(const LxEffectPass& other);
+    // A new pass of the builder's kind (CreatePass) named `name` in `technique`, holding a copy of this pass; null
+    // when the factory fails.
+    LxEffectPass* Clone(const LxString& name, LxEffectTechnique* technique, LxEffectBuilder& factory) const;
 
     // --- drawing ------------------------------------------------------------------------------------------------
     // Makes the pass current on the device for `effect`; the generic pass cannot draw and reports so.

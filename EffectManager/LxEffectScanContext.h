@@ -33,6 +33,7 @@ struct LxEffectScanContext
     LxArray<Frame> frames;
     unsigned int defineDepth = 0;
     unsigned long long expandedBytes = 0; // bounded, so that self-multiplying defines cannot run away
+    unsigned long long expandedLimit = 1ull << 20;
 
     int commentDepth = 0;
     LxString text;                    // text being captured

@@ -2,6 +2,8 @@
 
 #include "Common/LxLogManager.h"
 #include "EffectManager/LxScriptVariableSource.h"
+#include "GPUResourceManager/LxGPUBuffer.h"
+#include "GPUResourceManager/LxGPUResource.h"
 
 #include <cmath>
 
@@ -134,4 +136,62 @@ bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
     }
     CheckViewParamsForType(out);
     return ok;
+}
+
+LxGPUResourceFormat LxShaderResourceSlot::ElementFormatToFormat(const LxString& format)
+{
+    static const struct
+    {
+        const char* name;
+        LxGPUResourceFormat format;
+    } table[] = {{"float", LX_FORMAT_R32_FLOAT},        {"float2", LX_FORMAT_R32G32_FLOAT},
+                 {"float3", LX_FORMAT_R32G32B32_FLOAT}, {"float4", LX_FORMAT_R32G32B32A32_FLOAT},
+                 {"int", LX_FORMAT_R32_SINT},           {"int2", LX_FORMAT_R32G32_SINT},
+                 {"int3", LX_FORMAT_R32G32B32_SINT},    {"int4", LX_FORMAT_R32G32B32A32_SINT},
+                 {"uint", LX_FORMAT_R32_UINT},          {"uint2", LX_FORMAT_R32G32_UINT},
+                 {"uint3", LX_FORMAT_R32G32B32_UINT},   {"uint4", LX_FORMAT_R32G32B32A32_UINT}};
+    for (const auto& e : table)
+        if (format == e.name)
+            return e.format;
+    return LX_FORMAT_UNKNOWN;
+}
+
+LxGPUResourceViewDescription LxShaderResourceSlot::MakeViewDescription(const LxGPUResource& resource,
+                                                                       LxGPUResourceViewType viewType) const
+{
+    LxGPUResourceViewDescription desc = resource.GetDefaultViewDescription(viewType);
+    LxSlotViewParams params;
+    ReadViewParams(params); // malformed entries were reported; the well-formed ones still apply
+    auto narrow = [](unsigned int v) { return static_cast<unsigned short>(v > 0xFFFFu ? 0xFFFFu : v); };
+    if (resource.GetType() == LxGPUResource::BUFFER)
+    {
+        if (params.hasElementFormat)
+        {
+            desc.format = ElementFormatToFormat(params.elementFormat);
+            const unsigned int bytes = LxGetFormatBitsPerElement(desc.format) / 8;
+            const LxGPUBuffer* buffer = dynamic_cast<const LxGPUBuffer*>(&resource);
+            if (buffer && bytes)
+            {
+                desc.resourceDesc.buffer.firstElement = 0;
+                desc.resourceDesc.buffer.numElements = buffer->GetSize() / bytes;
+            }
+        }
+        if (params.hasCounter && params.counter)
+            desc.flags = static_cast<unsigned short>(desc.flags | LxGPUResourceViewDescription::FLAG_APPEND);
+        return desc;
+    }
+    LxGPUResourceDescription& t = desc.resourceDesc;
+    if (params.present[LxSlotViewParams::MIP_SLICE])
+        t.texture.firstMip = narrow(params.values[LxSlotViewParams::MIP_SLICE]);
+    if (params.present[LxSlotViewParams::MIP_LEVELS])
+        t.texture.mipCount = narrow(params.values[LxSlotViewParams::MIP_LEVELS]);
+    const bool volume = resource.GetType() == LxGPUResource::TEXTURE_3D;
+    const LxSlotViewParams::Field first =
+        volume ? LxSlotViewParams::FIRST_W_SLICE : LxSlotViewParams::FIRST_ARRAY_SLICE;
+    const LxSlotViewParams::Field size = volume ? LxSlotViewParams::W_SIZE : LxSlotViewParams::ARRAY_SIZE;
+    if (params.present[first])
+        t.texture.firstSlice = narrow(params.values[first]);
+    if (params.present[size])
+        t.texture.sliceCount = narrow(params.values[size]);
+    return desc;
 }

@@ -10,6 +10,9 @@
 #include "Common/LxApi.h"
 #include "Common/LxString.h"
 #include "EffectManager/LxAnnotationMap.h"
+#include "GPUResourceManager/LxGPUResourceViewDescription.h"
+
+class LxGPUResource;
 
 // The view parameters of one bind; a field is meaningful only when its flag is set.
 struct LxSlotViewParams
@@ -48,6 +51,13 @@ public:
     // the well-formed entries are still filled in.
     bool ReadViewParams(LxSlotViewParams& out) const;
     static bool IsKnownElementFormat(const LxString& format);
+    // The format of a buffer element type ("float3" gives LX_FORMAT_R32G32B32_FLOAT); LX_FORMAT_UNKNOWN if unknown.
+    static LxGPUResourceFormat ElementFormatToFormat(const LxString& format);
+
+    // The description of the view this slot makes of `resource`: the resource's default view of `viewType`,
+    // narrowed by the slot's view parameters (mips, slices, buffer element format, UAV counter).
+    LxGPUResourceViewDescription MakeViewDescription(const LxGPUResource& resource,
+                                                     LxGPUResourceViewType viewType) const;
 
 protected:
     // Reports entries that make no sense for the slot's kind (they are ignored).

@@ -2,7 +2,9 @@
 // binds the view the effect holds for it (LxEffect::BindTexture).
 #pragma once
 
+#include "Common/LxCountedPtr.h"
 #include "EffectManager/LxShaderResourceSlot.h"
+#include "GPUResourceManager/LxGPUSamplingResourceView.h"
 
 class LX_API LxTextureSlot : public LxShaderResourceSlot
 {
@@ -29,6 +31,12 @@ public:
     }
     // The effect-file keyword of the type.
     static const char* TypeToString(Type type);
+
+    // True when a resource of that kind may be bound here (2D slots take 2D arrays and the faces of cube maps);
+    // otherwise reports why.
+    bool CheckResourceType(const LxGPUResource& resource) const;
+    // The sampling view of `resource` this slot's view parameters describe; null after reporting a failure.
+    LxCountedPtr<LxGPUSamplingResourceView> CreateView(LxGPUResource& resource) const;
 
 protected:
     void CheckViewParamsForType(const LxSlotViewParams& params) const override;

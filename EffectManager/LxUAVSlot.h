@@ -2,7 +2,9 @@
 // "AppendStructuredBuffer particles < ... >"). Its "ViewParams" may also hold "Counter" (a bool).
 #pragma once
 
+#include "Common/LxCountedPtr.h"
 #include "EffectManager/LxShaderResourceSlot.h"
+#include "GPUResourceManager/LxGPUUnorderedAccessView.h"
 
 class LX_API LxUAVSlot : public LxShaderResourceSlot
 {
@@ -24,6 +26,11 @@ public:
     Type GetType() const { return m_type; }
     bool IsBuffer() const { return m_type != TEXTURE_2D && m_type != TEXTURE_3D; }
     static const char* TypeToString(Type type);
+
+    // True when a resource of that kind may be bound here; otherwise reports why.
+    bool CheckResourceType(const LxGPUResource& resource) const;
+    // The unordered-access view of `resource` this slot describes; null after reporting a failure.
+    LxCountedPtr<LxGPUUnorderedAccessView> CreateView(LxGPUResource& resource) const;
 
 protected:
     bool AcceptsCounter() const override { return true; }

@@ -95,6 +95,20 @@ TEST(LxEffectBuilder, GetResultHandsTheEffectOutOnce)
     EXPECT_EQ(nullptr, builder.GetResult());
 }
 
+TEST(LxEffectBuilder, ShaderOptionsWarnAboutANonStringProfile)
+{
+    LxTest::LogCapture capture;
+    std::unique_ptr<LxEffect> fx =
+        Parse("Technique T { Pass P {\nVertexShader( Profile = 5, SkipOptimization ) float4 main() : SV_Position "
+              "{ return 0; } EndVertexShader } }\n",
+              "profile.fx");
+    ASSERT_TRUE(fx) << capture.All();
+    EXPECT_EQ(1, capture.Count("profile.fx(2) : Ignoring shader annotation \"Profile\" because it is not of type "
+                               "STRING.",
+                               LX_LOG_WARNING))
+        << capture.All();
+}
+
 TEST(LxEffectBuilder, OptionOverridesReplaceFileOptions)
 {
     LxAnnotationMap overrides;

@@ -418,3 +418,79 @@ TEST(LxEffect, DrawingSequenceViolationsAreReported)
     EXPECT_FALSE(generic->BeginPass(0));
     EXPECT_TRUE(capture.Contains("LxEffectPass::Bind ::: IMPLEMENT ME!"));
 }
+
+#include "GPUResourceManager/LxGPUTestResources.h"
+
+TEST(LxEffect, BindingsByNameAndViewsMadeFromViewParams)
+{
+    using LxTest::FakeDataBuffer;
+    using LxTest::FakeTexture2D;
+    using LxTest::FakeTexture3D;
+    using LxTest::FakeTextureCube;
+    const unsigned binds = LxGPUResource::BIND_SHADER_RESOURCE | LxGPUResource::BIND_UNORDERED_ACCESS;
+    FakeTexture2D tex(LxGPUResource::GPU_RESOURCE_STATIC, binds, 0, 0, LX_FORMAT_R8G8B8A8_UNORM, 64, 64, 4, 0,
+                      LxGPUTexture::MIP_NONE);
+    FakeTexture3D volume(LxGPUResource::GPU_RESOURCE_STATIC, binds, 0, 0, LX_FORMAT_R8G8B8A8_UNORM, 8, 8, 8, 1,
+                         LxGPUTexture::MIP_NONE);
+    FakeTextureCube cube(LxGPUResource::GPU_RESOURCE_STATIC, binds, 0, 0, LX_FORMAT_R8G8B8A8_UNORM, 16, 1, 1,
+                         LxGPUTexture::MIP_NONE);
+    FakeDataBuffer buffer(LxGPUResource::GPU_RESOURCE_STATIC, binds, 0, 256);
+
+    LxTest::LogCapture capture;
+    std::unique_ptr<LxEffect> fx = LxFxTest::Parse(
+        "Texture2D t < ViewParams = < MipSlice = 1, MipLevels = 2, FirstArraySlice = 1, ArraySize = 2 > >\n"
+        "TextureCube c < >\nTexture3D v < >\nBuffer b < ViewParams = < ElementFormat = \"float4\" > >\n"
+        "RWTexture2D u < >\nAppendStructuredBuffer a < >\nRWBuffer rb < >\nStream S { float3 POSITION }\n");
+    ASSERT_TRUE(fx) << capture.All();
+
+    // Views made from the slot's view parameters.
+    ASSERT_TRUE(fx->BindTextureResource("t", tex));
+    const LxGPUResourceViewDescription& d = fx->GetBoundTexture("t")->GetDescription();
+    EXPECT_EQ(LX_VIEW_SAMPLING, d.viewType);
+    EXPECT_EQ(1u, d.resourceDesc.texture.firstMip);
+    EXPECT_EQ(2u, d.resourceDesc.texture.mipCount);
+    EXPECT_EQ(1u, d.resourceDesc.texture.firstSlice);
+    EXPECT_EQ(2u, d.resourceDesc.texture.sliceCount);
+    ASSERT_TRUE(fx->BindTextureResource("b", buffer));
+    const LxGPUResourceViewDescription& bd = fx->GetBoundTexture("b")->GetDescription();
+    EXPECT_EQ(LX_FORMAT_R32G32B32A32_FLOAT, bd.format);
+    EXPECT_EQ(16u, bd.resourceDesc.buffer.numElements);
+    EXPECT_TRUE(fx->BindTextureResource("c", cube));
+    EXPECT_TRUE(fx->BindTextureResource("v", volume));
+    EXPECT_TRUE(fx->BindUAVResource("u", tex));
+    ASSERT_TRUE(fx->BindUAVResource("a", buffer));
+    EXPECT_TRUE(fx->GetBoundUAV("a")->GetDescription().flags & LxGPUResourceViewDescription::FLAG_APPEND);
+
+    // Kind checks.
+    EXPECT_FALSE(fx->BindTextureResource("t", volume));
+    EXPECT_TRUE(capture.Contains("Can only bind cubemaps and tex2D arrays to a 2D texture slot."));
+    EXPECT_FALSE(fx->BindTextureResource("v", tex));
+    EXPECT_TRUE(capture.Contains("Cannot bind another resource type to a Texture3D texture slot."));
+    EXPECT_FALSE(fx->BindTextureResource("c", tex));
+    EXPECT_TRUE(capture.Contains("Cannot bind a non-cubemap to a TextureCube texture slot."));
+    EXPECT_FALSE(fx->BindTextureResource("b", tex));
+    EXPECT_TRUE(capture.Contains("Cannot bind a non-buffer to a buffer texture slot."));
+    EXPECT_FALSE(fx->BindUAVResource("u", buffer));
+    EXPECT_TRUE(capture.Contains("Can only bind cubemaps and tex2D arrays to a 2D UAV slot."));
+    EXPECT_FALSE(fx->BindUAVResource("rb", tex));
+    EXPECT_TRUE(capture.Contains("Cannot bind a non-buffer to a buffer UAV slot."));
+
+    // Unknown names, vertex buffers with offsets, clearing.
+    EXPECT_FALSE(fx->BindTexture("nope", LxCountedPtr<LxGPUSamplingResourceView>()));
+    EXPECT_TRUE(capture.Contains("LxEffect::BindTexture: Unknown texture slot name \"nope\""));
+    EXPECT_FALSE(fx->GetBoundTexture("nope"));
+    EXPECT_TRUE(capture.Contains("LxEffect::GetBoundTexture: Unknown texture slot name \"nope\""));
+    LxCountedPtr<LxGPUVertexBuffer> vb(new LxGPUVertexBuffer(LxGPUResource::GPU_RESOURCE_STATIC, 0, 0, 0, 12, 4));
+    EXPECT_FALSE(fx->BindVertexBuffer("T", vb));
+    EXPECT_TRUE(capture.Contains("LxEffect::BindVertexBuffer: Unknown stream name \"T\""));
+    EXPECT_FALSE(fx->GetBoundVertexBuffer("T"));
+    EXPECT_TRUE(capture.Contains("LxEffect::GetBoundVertexBuffer: Unknown stream name \"T\""));
+    ASSERT_TRUE(fx->BindVertexBuffer("S", vb, 24));
+    unsigned int offset = 0;
+    EXPECT_EQ(vb, fx->GetBoundVertexBuffer(fx->GetVertexStreamDecl("S"), &offset));
+    EXPECT_EQ(24u, offset);
+    EXPECT_TRUE(fx->BindVertexBuffer("S", LxCountedPtr<LxGPUVertexBuffer>()));
+    EXPECT_FALSE(fx->GetBoundVertexBuffer("S"));
+    EXPECT_TRUE(fx->BindTexture("t", LxCountedPtr<LxGPUSamplingResourceView>()));
+    EXPECT_FALSE(fx->GetBoundTexture("t"));
+}

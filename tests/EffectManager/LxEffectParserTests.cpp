@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 #include <filesystem>
 #include <thread>
@@ -327,6 +328,13 @@ TEST(LxEffectParser, SelfReferentialDefinesStopWithAMessage)
     capture.Clear();
     EXPECT_FALSE(Parse(text, "double.fx"));
     EXPECT_TRUE(capture.Contains("nests too deeply or grows too large")) << capture.All().substr(0, 300);
+
+    // Two defines naming each other twice over: bounded by the same budget, not by the (enormous) tree.
+    capture.Clear();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(Parse("#define A @ B A\n#define B A B\nInt n (A)\n", "tree.fx"));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+    EXPECT_TRUE(capture.Contains("nests too deeply or grows too large"));
 }
 
 TEST(LxEffectParser, IncludesResolveThroughTheArchiveOncePerEffect)
