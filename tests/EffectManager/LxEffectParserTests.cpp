@@ -396,3 +396,23 @@ TEST(LxEffectParser, ParseWithoutBuilderAndResetAreHarmless)
     parser.Reset();
     EXPECT_EQ(0u, parser.GetCurrentLineNumber());
 }
+
+TEST(LxEffectParser, UnreadableIncludesAndBinaryPairsAreReported)
+{
+    // A folder is found under the name but cannot be read as a file.
+    const std::string dir = LxTest::MakeTempDir("fxunreadable");
+    std::filesystem::create_directories(dir + "/folder.fxh");
+    LxTest::WriteBytes(dir + "/empty.bin", "");
+    LxSearchPath search;
+    search.AddToSearchPath(dir.c_str());
+    LxEffectParser parser;
+    parser.SetIncludeArchive(&search);
+    LxTest::LogCapture capture;
+    LxEffectBuilder builder;
+    EXPECT_FALSE(Parse("#include \"folder.fxh\"\nTechnique T {\n"
+                       "Pass A { BinaryShaderPair(\"empty.bin\") }\nPass B { BinaryShaderPair(\"folder.fxh\") } }\n",
+                       "u.fx", &builder, &parser));
+    EXPECT_TRUE(capture.Contains("u.fx(1) : Error opening include file \"folder.fxh\"")) << capture.All();
+    EXPECT_TRUE(capture.Contains("u.fx(3) : No data in binary shader file \"%\"")) << capture.All();
+    EXPECT_TRUE(capture.Contains("u.fx(4) : Error reading data in binary shader file \"%\"")) << capture.All();
+}
