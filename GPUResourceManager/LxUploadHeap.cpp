@@ -5,6 +5,25 @@
 
 #include <cstdint>
 
+#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
+#include <immintrin.h>
+#endif
+
+namespace
+{
+const unsigned kMaxBackoff = 256;
+
+// Tells the processor this is a spin-wait (PAUSE on x86, YIELD on ARM).
+inline void CpuRelax()
+{
+#if defined(__x86_64__) || defined(__i386__) || defined(_M_X64) || defined(_M_IX86)
+    _mm_pause();
+#elif defined(__aarch64__) || defined(__arm__)
+    __asm__ __volatile__("yield");
+#endif
+}
+} // namespace
+
 LxUploadHeap::LxUploadHeap() = default;
 
 LxUploadHeap::~LxUploadHeap() = default;
@@ -27,6 +46,7 @@ bool LxUploadHeap::InitializeRing(unsigned char* begin, unsigned long long capac
     m_nFirstRecord = 0;
     m_nRecordCount = 0;
     m_nQueuedBytes = 0;
+    m_nFrameCounter.fetch_add(1, std::memory_order_acq_rel);
     return true;
 }
 
@@ -50,12 +70,18 @@ bool LxUploadHeap::Allocate(unsigned long long bytes, unsigned long long alignme
     const unsigned long long alignedBegin = AlignUp(base, alignment) - base;
 
     unsigned long long t = m_nAllocated.load(std::memory_order_acquire);
+    unsigned backoff = 1;
     unsigned long long position;
     unsigned long long charge;
     for (;;)
     {
         const unsigned long long head = m_nHead.load(std::memory_order_acquire);
-        const unsigned long long p = (head + t) % capacity;
+        // head < capacity, and t stays within the capacity but for charges that failed under contention.
+        unsigned long long p = head + t;
+        if (p >= capacity)
+        {
+            p = p - capacity < capacity ? p - capacity : p % capacity;
+        }
         position = AlignUp(base + p, alignment) - base;
         if (position + bytes <= capacity)
         {
@@ -76,7 +102,15 @@ bool LxUploadHeap::Allocate(unsigned long long bytes, unsigned long long alignme
         {
             break;
         }
-        // t now holds the value another thread wrote; go again from there.
+        // t now holds the value another thread wrote; go again from there, after a pause that grows while the
+        // contention lasts. Without it two threads hand the counter's cache line back and forth on every attempt;
+        // with it the winner makes several allocations while it holds the line.
+        for (unsigned i = 0; i < backoff; ++i)
+        {
+            CpuRelax();
+        }
+        backoff = backoff < kMaxBackoff ? backoff * 2 : kMaxBackoff;
+        t = m_nAllocated.load(std::memory_order_acquire);
     }
 
     if (t + charge > m_nFree.load(std::memory_order_acquire))
@@ -152,6 +186,7 @@ void LxUploadHeap::PushRecord(const FrameRecord& record)
 
 void LxUploadHeap::EndFrame(LxFence* fence, unsigned long long fenceValue)
 {
+    m_nFrameCounter.fetch_add(1, std::memory_order_acq_rel);
     const unsigned long long allocated = m_nAllocated.load(std::memory_order_acquire);
     if (allocated == 0 || m_pBegin == nullptr)
     {

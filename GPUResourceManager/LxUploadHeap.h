@@ -64,6 +64,8 @@ public:
     unsigned long long GetFreeBytes() const { return m_nFree.load(std::memory_order_acquire); }
     unsigned long long GetAllocatedThisFrame() const { return m_nAllocated.load(std::memory_order_acquire); }
     unsigned GetQueuedFrameCount();
+    // Counts frame ends (and re-initialisations): an allocation made under one value belongs to that frame.
+    unsigned long long GetFrameCounter() const { return m_nFrameCounter.load(std::memory_order_acquire); }
     // How many allocations have taken the locked slow path (a figure for tuning the capacity).
     unsigned long long GetSlowPathCount() const { return m_nSlowPathCount.load(std::memory_order_relaxed); }
 
@@ -98,6 +100,7 @@ private:
     alignas(64) std::atomic<unsigned long long> m_nAllocated{0};
     alignas(64) LxMutex m_lock;
     std::atomic<unsigned long long> m_nSlowPathCount{0};
+    std::atomic<unsigned long long> m_nFrameCounter{0};
     // Retired-frame records, a circular queue: m_nFirstRecord is the oldest.
     LxArray<FrameRecord> m_records;
     unsigned m_nFirstRecord = 0;

@@ -7,6 +7,7 @@
 #include "Common/LxMemory.h"
 #include "Common/LxThreadBarrier.h"
 #include "GPUResourceManager/LxUploadHeap.h"
+#include "GPUResourceManager/LxUploadHeapCache.h"
 #include "RenderManager/LxTestFence.h"
 #include "RenderManager/include/LxFrameRing.h"
 
@@ -246,6 +247,56 @@ TEST(UploadHeap, WithoutMemoryNothingIsHandedOut)
     EXPECT_EQ(2, capture.ErrorCount());
 }
 
+TEST(UploadHeapCache, PiecesComeFromOneBlockPerFrame)
+{
+    // A ring starting on a 256-byte boundary, the cache's block alignment.
+    Block block(8192 + 256);
+    unsigned char* begin = block.data + (256 - reinterpret_cast<uintptr_t>(block.data) % 256) % 256;
+    TestFence fence;
+    LxUploadHeap heap;
+    ASSERT_TRUE(heap.InitializeRing(begin, 8192, nullptr));
+    LxUploadHeapCache cache(heap, 1024);
+    LxUploadAllocation a, b, c, big;
+    ASSERT_TRUE(cache.Allocate(10, 1, a));
+    ASSERT_TRUE(cache.Allocate(16, 16, b));
+    ASSERT_TRUE(cache.Allocate(4, 4, c));
+    EXPECT_EQ(0u, a.offset);
+    EXPECT_EQ(16u, b.offset);
+    EXPECT_EQ(32u, c.offset);
+    EXPECT_EQ(4u, c.size);
+    EXPECT_EQ(1024u, heap.GetAllocatedThisFrame()); // one block taken from the heap
+    // Too large for the cache: straight from the heap, after the block.
+    ASSERT_TRUE(cache.Allocate(300, 16, big));
+    EXPECT_EQ(1024u, big.offset);
+    // A full block: the next piece opens a new one.
+    ASSERT_TRUE(cache.Allocate(256, 1, a));
+    ASSERT_TRUE(cache.Allocate(256, 1, a));
+    ASSERT_TRUE(cache.Allocate(256, 1, a));
+    EXPECT_EQ(36u + 512, a.offset);
+    ASSERT_TRUE(cache.Allocate(256, 1, a));
+    EXPECT_EQ(1536u, a.offset); // 1024 + 300 rounded up to the block alignment
+    // After the frame ends the cache starts afresh in the new frame.
+    heap.EndFrame(&fence, 1);
+    ASSERT_TRUE(cache.Allocate(8, 8, a));
+    EXPECT_EQ(2560u, a.offset);
+    EXPECT_EQ(1024u, heap.GetAllocatedThisFrame());
+}
+
+TEST(UploadHeapCache, SmallHeapsAndBadAlignmentsGoToTheHeap)
+{
+    Block block(1024);
+    LxUploadHeap heap;
+    ASSERT_TRUE(heap.InitializeRing(block.data, 1024, nullptr));
+    LxUploadHeapCache cache(heap); // 64 KiB blocks would not fit a 1 KiB heap
+    LxUploadAllocation a;
+    LxTest::LogCapture capture;
+    ASSERT_TRUE(cache.Allocate(8, 8, a));
+    EXPECT_EQ(8u, heap.GetAllocatedThisFrame());
+    EXPECT_EQ(0, capture.ErrorCount());
+    ASSERT_TRUE(cache.Allocate(8, 3, a));
+    EXPECT_TRUE(capture.Contains("non-pow2 alignment"));
+}
+
 // --- stress ----------------------------------------------------------------------------------------------------------
 
 namespace
@@ -296,7 +347,10 @@ private:
 };
 } // namespace
 
-TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
+namespace
+{
+// Workers allocate through the heap itself, or each through its own cache.
+void RunStress(bool useCaches)
 {
     const unsigned kWorkers = 4;
     const unsigned kFrames = 300;
@@ -350,7 +404,7 @@ TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
         });
 
     LxFrameRing ring;
-    ASSERT_TRUE(ring.Initialize(3, &fence));
+    EXPECT_TRUE(ring.Initialize(3, &fence)); // (no ASSERT: the GPU thread is running)
     ring.AddFrameEndListener(&heap);
 
     LxThreadBarrier barrier(kWorkers + 1);
@@ -363,6 +417,9 @@ TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
             [&, w]
             {
                 std::mt19937 rng(100 + w);
+                LxUploadHeapCache cache(heap, 4096);
+                auto allocate = [&](unsigned long long size, unsigned long long alignment, LxUploadAllocation& a)
+                { return useCaches ? cache.Allocate(size, alignment, a) : heap.Allocate(size, alignment, a); };
                 for (unsigned f = 0; f < kFrames; ++f)
                 {
                     barrier.Wait(); // frame begins
@@ -373,14 +430,14 @@ TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
                         const unsigned long long size = 1 + rng() % 512;
                         const unsigned long long alignment = 1ull << (rng() % 9);
                         LxUploadAllocation a;
-                        bool ok = heap.Allocate(size, alignment, a);
+                        bool ok = allocate(size, alignment, a);
                         if (!ok)
                         {
                             // Full: wait for the GPU to finish every earlier frame, then try once more (what the render
                             // manager does with a flush).
                             retried.fetch_add(1);
                             fence.WaitCompleted(frame - 1);
-                            ok = heap.Allocate(size, alignment, a);
+                            ok = allocate(size, alignment, a);
                         }
                         if (!ok)
                         {
@@ -410,7 +467,7 @@ TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
     unsigned long long wrappedBytes = 0;
     for (unsigned f = 0; f < kFrames; ++f)
     {
-        ASSERT_GE(ring.BeginFrame(), 0);
+        EXPECT_GE(ring.BeginFrame(), 0);
         currentFrame.store(ring.GetNextFenceValue());
         barrier.Wait();
         barrier.Wait();
@@ -446,7 +503,18 @@ TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
     EXPECT_GT(heap.GetSlowPathCount(), 0u);  // and frames were retired while others allocated
     // Refusals can only follow a retry; a few are allowed when a frame itself is unusually large.
     EXPECT_LE(refused.load(), retried.load());
-    RecordProperty("retried", static_cast<int>(retried.load()));
-    RecordProperty("refused", static_cast<int>(refused.load()));
-    RecordProperty("slow", static_cast<int>(heap.GetSlowPathCount()));
+    ::testing::Test::RecordProperty("retried", static_cast<int>(retried.load()));
+    ::testing::Test::RecordProperty("refused", static_cast<int>(refused.load()));
+    ::testing::Test::RecordProperty("slow", static_cast<int>(heap.GetSlowPathCount()));
+}
+} // namespace
+
+TEST(UploadHeapStress, ThreadsAllocateWhileFramesEndAndTheGPUCatchesUp)
+{
+    RunStress(false);
+}
+
+TEST(UploadHeapStress, ThreadsAllocateThroughTheirCaches)
+{
+    RunStress(true);
 }

@@ -39,13 +39,13 @@ public:
         ++submissions;
         for (const auto& l : lists)
         {
-            executed.push_back(l.Get());
+            executed.push_back(l); // kept alive, as the GPU would until the frame completes
             closedWhenSubmitted = closedWhenSubmitted && l->IsClosed();
         }
         return true;
     }
     int submissions = 0;
-    std::vector<LxCommandList*> executed;
+    std::vector<LxCountedPtr<LxCommandList>> executed;
     bool closedWhenSubmitted = true;
 };
 
@@ -305,7 +305,7 @@ TEST(RenderManagerFrames, SceneSequenceSubmitsPresentsAndClosesTheFrame)
                                                "barrier 4->0", "present 0",    "back buffers"};
     EXPECT_EQ(expected, rm.calls);
     ASSERT_EQ(1u, rm.queue.executed.size());
-    EXPECT_EQ(frameList.Get(), rm.queue.executed[0]);
+    EXPECT_EQ(frameList, rm.queue.executed[0]);
     EXPECT_TRUE(rm.queue.closedWhenSubmitted);
     EXPECT_EQ(1u, Stat(rm, LX_FRAME_STAT_COMMAND_LISTS));
     EXPECT_EQ(4u, Stat(rm, LX_FRAME_STAT_POINTS)); // readable after the frame
@@ -433,7 +433,7 @@ TEST(RenderManagerLists, WorkersSubmitTheirOwnListsAndQueuesRefuseBundles)
     ASSERT_TRUE(rm.CloseAndAppendCommandList(mainList));
     ASSERT_TRUE(rm.ExecuteCommandLists()); // worker 0's array only
     ASSERT_EQ(1u, rm.queue.executed.size());
-    EXPECT_EQ(mainList.Get(), rm.queue.executed[0]);
+    EXPECT_EQ(mainList, rm.queue.executed[0]);
     EXPECT_TRUE(rm.ExecuteCommandLists()); // nothing left: no submission
     EXPECT_EQ(1, rm.queue.submissions);
 
