@@ -1013,6 +1013,13 @@ void LxEffectBuilder::EndPass()
 void LxEffectBuilder::EndEffect()
 {
     AbandonOpenScopes();
+    // Overrides apply to every effect, also to one without an "Options" block.
+    if (!m_optionOverrides.IsEmpty())
+    {
+        LxAnnotationMap options = GetCurrentEffect()->GetOptions();
+        options.Merge(m_optionOverrides);
+        GetCurrentEffect()->SetOptions(options);
+    }
     if (!GetCurrentEffect()->Finalize())
         SetParseError();
 }

@@ -119,6 +119,12 @@ TEST(LxEffectBuilder, OptionOverridesReplaceFileOptions)
     ASSERT_TRUE(fx);
     EXPECT_STREQ("Low", fx->GetOptions().LookupString("Quality", "").c_str());
     EXPECT_FLOAT_EQ(1.0f, fx->GetOptions().LookupFloat("Other", 0.0f));
+
+    LxEffectBuilder builder2;
+    builder2.SetOptionOverrides(overrides);
+    fx = Parse("Float f\n", "none.fx", &builder2);
+    ASSERT_TRUE(fx);
+    EXPECT_STREQ("Low", fx->GetOptions().LookupString("Quality", "").c_str());
 }
 
 namespace
