@@ -104,6 +104,7 @@
 #include "GPUResourceManager/LxGPUVertexBuffer.h"
 #include "GPUResourceManager/LxMappedSurface.h"
 #include "GPUResourceManager/LxUploadHeap.h"
+#include "GPUResourceManager/LxUploadHeapCache.h"
 
 // Rendering
 #include "RenderManager/include/LxCommandList.h"
