@@ -22,6 +22,13 @@
 #define LX_TEMPLATE_API
 #endif
 
+// For the few hot helpers (string hash and compare) where the call costs as much as the work.
+#if defined(__GNUC__)
+#define LX_FORCE_INLINE inline __attribute__((always_inline))
+#else
+#define LX_FORCE_INLINE inline
+#endif
+
 // printf-style format checking for the library's formatting functions (argument numbers count 'this').
 // mingw builds use its C99 printf (__USE_MINGW_ANSI_STDIO), so %zu and %lld are checked as GNU formats there.
 #if defined(__MINGW32__)

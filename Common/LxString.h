@@ -29,7 +29,7 @@
 // h(block of k bytes) = h * 5^k + sum(c_i * 5^(k-1-i)) mod 2^32: sixteen bytes with SSE2 (sign-extended to 16 bits,
 // multiplied by 125, 25, 5, 1 per group of four and summed), then eight, four and single bytes.
 template <class Ch>
-inline unsigned int LxHashStringBytes(const Ch* text, unsigned int length)
+LX_FORCE_INLINE unsigned int LxHashStringBytes(const Ch* text, unsigned int length)
 {
     auto c = [](Ch ch) { return static_cast<uint32_t>(static_cast<int32_t>(static_cast<signed char>(ch))); };
     uint32_t h = 0;
