@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <new>
+
 using LxTest::FakeDataBuffer;
 using LxTest::FakeTexture2D;
 using LxTest::FakeTexture3D;
@@ -73,6 +76,19 @@ TEST(GPUResourceViewDescription, EqualityComparesTheFieldsTheResourceTypeUses)
     LxGPUResourceViewDescription viaTexture = TexDesc(LX_VIEW_SAMPLING, LxGPUResource::BUFFER, 0, 0, 0, 0);
     viaTexture.format = LX_FORMAT_R32_FLOAT;
     EXPECT_EQ(BufDesc(LX_VIEW_SAMPLING, 0, 0), viaTexture);
+
+    // Field by field, not byte by byte: whatever the padding of two descriptions holds does not matter.
+    alignas(LxGPUResourceViewDescription) unsigned char zeros[sizeof(LxGPUResourceViewDescription)];
+    alignas(LxGPUResourceViewDescription) unsigned char ones[sizeof(LxGPUResourceViewDescription)];
+    std::memset(zeros, 0x00, sizeof(zeros));
+    std::memset(ones, 0xFF, sizeof(ones));
+    const LxGPUResourceDescription range = LxGPUResourceDescription::Buffer(4, 16);
+    LxGPUResourceViewDescription* x =
+        new (zeros) LxGPUResourceViewDescription(LX_VIEW_SAMPLING, LX_FORMAT_R32_FLOAT, LxGPUResource::BUFFER, range);
+    LxGPUResourceViewDescription* y =
+        new (ones) LxGPUResourceViewDescription(LX_VIEW_SAMPLING, LX_FORMAT_R32_FLOAT, LxGPUResource::BUFFER, range);
+    ASSERT_NE(0, std::memcmp(zeros, ones, sizeof(zeros))); // the padding differs
+    EXPECT_EQ(*x, *y);
 
     // An unknown resource type never compares equal, not even to itself.
     const LxGPUResourceViewDescription unknown = TexDesc(LX_VIEW_SAMPLING, 7, 0, 1, 0, 1);
