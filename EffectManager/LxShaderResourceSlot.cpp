@@ -181,8 +181,15 @@ LxGPUResourceViewDescription LxShaderResourceSlot::MakeViewDescription(const LxG
         return desc;
     }
     LxGPUResourceDescription& t = desc.resourceDesc;
+    // A first mip or slice without a count views everything from there on: the count shrinks by the skipped
+    // part (unless the start is already past the end, which the view's validity check then reports).
+    auto remaining = [](unsigned short count, unsigned short first)
+    { return static_cast<unsigned short>(first < count ? count - first : count); };
     if (params.present[LxSlotViewParams::MIP_SLICE])
+    {
         t.texture.firstMip = narrow(params.values[LxSlotViewParams::MIP_SLICE]);
+        t.texture.mipCount = remaining(t.texture.mipCount, t.texture.firstMip);
+    }
     if (params.present[LxSlotViewParams::MIP_LEVELS])
         t.texture.mipCount = narrow(params.values[LxSlotViewParams::MIP_LEVELS]);
     const bool volume = resource.GetType() == LxGPUResource::TEXTURE_3D;
@@ -190,7 +197,10 @@ LxGPUResourceViewDescription LxShaderResourceSlot::MakeViewDescription(const LxG
         volume ? LxSlotViewParams::FIRST_W_SLICE : LxSlotViewParams::FIRST_ARRAY_SLICE;
     const LxSlotViewParams::Field size = volume ? LxSlotViewParams::W_SIZE : LxSlotViewParams::ARRAY_SIZE;
     if (params.present[first])
+    {
         t.texture.firstSlice = narrow(params.values[first]);
+        t.texture.sliceCount = remaining(t.texture.sliceCount, t.texture.firstSlice);
+    }
     if (params.present[size])
         t.texture.sliceCount = narrow(params.values[size]);
     return desc;

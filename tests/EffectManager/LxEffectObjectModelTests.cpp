@@ -440,7 +440,8 @@ TEST(LxEffect, BindingsByNameAndViewsMadeFromViewParams)
     std::unique_ptr<LxEffect> fx = LxFxTest::Parse(
         "Texture2D t < ViewParams = < MipSlice = 1, MipLevels = 2, FirstArraySlice = 1, ArraySize = 2 > >\n"
         "TextureCube c < >\nTexture3D v < >\nBuffer b < ViewParams = < ElementFormat = \"float4\" > >\n"
-        "RWTexture2D u < >\nAppendStructuredBuffer a < >\nRWBuffer rb < >\nStream S { float3 POSITION }\n");
+        "RWTexture2D u < >\nAppendStructuredBuffer a < >\nRWBuffer rb < >\nStream S { float3 POSITION }\n"
+        "Texture2D tail < ViewParams = < MipSlice = 2, FirstArraySlice = 1 > >\n");
     ASSERT_TRUE(fx) << capture.All();
 
     // Views made from the slot's view parameters.
@@ -451,6 +452,14 @@ TEST(LxEffect, BindingsByNameAndViewsMadeFromViewParams)
     EXPECT_EQ(2u, d.resourceDesc.texture.mipCount);
     EXPECT_EQ(1u, d.resourceDesc.texture.firstSlice);
     EXPECT_EQ(2u, d.resourceDesc.texture.sliceCount);
+    // A start without a count views the rest of the chain and the rest of the array.
+    ASSERT_TRUE(fx->BindTextureResource("tail", tex)) << capture.All();
+    const LxGPUResourceViewDescription whole = tex.GetDefaultViewDescription(LX_VIEW_SAMPLING);
+    const LxGPUResourceViewDescription& tail = fx->GetBoundTexture("tail")->GetDescription();
+    EXPECT_EQ(2u, tail.resourceDesc.texture.firstMip);
+    EXPECT_EQ(whole.resourceDesc.texture.mipCount - 2u, tail.resourceDesc.texture.mipCount);
+    EXPECT_EQ(1u, tail.resourceDesc.texture.firstSlice);
+    EXPECT_EQ(whole.resourceDesc.texture.sliceCount - 1u, tail.resourceDesc.texture.sliceCount);
     ASSERT_TRUE(fx->BindTextureResource("b", buffer));
     const LxGPUResourceViewDescription& bd = fx->GetBoundTexture("b")->GetDescription();
     EXPECT_EQ(LX_FORMAT_R32G32B32A32_FLOAT, bd.format);
