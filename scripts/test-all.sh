@@ -8,16 +8,17 @@ set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 DEFAULT_LANES="native native-asan native-tsan windows"
 LANES=${*:-$DEFAULT_LANES}
-export CCACHE_DIR=${CCACHE_DIR:-/var/cache/lumex/ccache}
+export CCACHE_DIR=${CCACHE_DIR:-${LUMEX_CACHE:-/var/cache/lumex}/ccache}
 export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
 start=$(date +%s)
 bash scripts/provision.sh all || { echo "FAILED: provisioning"; exit 1; }
 
 declare -A result
-summary=()
+order=()
 failed=0
 for lane in $LANES; do
+  order+=("$lane")
   echo "=== lane $lane ==="
   log=$(mktemp)
   if ! cmake --preset "$lane" >"$log" 2>&1; then
@@ -38,11 +39,12 @@ done
 for check in scripts/checks/*.sh; do
   [ -f "$check" ] || continue
   name=$(basename "$check" .sh)
+  order+=("$name")
   echo "=== check $name ==="
   if bash "$check"; then result[$name]="passed"; else result[$name]="FAILED"; failed=1; fi
 done
 
 echo
 echo "=== summary ($(( $(date +%s) - start )) s) ==="
-for k in "${!result[@]}"; do printf '  %-14s %s\n' "$k" "${result[$k]}"; done
+for k in "${order[@]}"; do printf '  %-14s %s\n' "$k" "${result[$k]}"; done
 exit $failed
