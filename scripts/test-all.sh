@@ -9,6 +9,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 DEFAULT_LANES="native native-asan native-tsan windows"
 LANES=${*:-$DEFAULT_LANES}
 export CCACHE_DIR=${CCACHE_DIR:-${LUMEX_CACHE:-/var/cache/lumex}/ccache}
+# Hits across clones in different folders: paths below the checkout are hashed relative to it.
+export CCACHE_BASEDIR=${CCACHE_BASEDIR:-$PWD} CCACHE_NOHASHDIR=${CCACHE_NOHASHDIR:-true}
 export CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
 start=$(date +%s)
