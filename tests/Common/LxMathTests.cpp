@@ -21,19 +21,11 @@ namespace
 {
 const float kPi = 3.14159265358979f;
 
-void ExpectNear(const LxVector3& expected, const LxVector3& actual, float eps = 1e-5f)
+// Vectors and quaternions alike: the difference is (almost) nothing.
+template <class T>
+void ExpectNear(const T& expected, const T& actual, float eps = 1e-5f)
 {
-    EXPECT_NEAR(expected.x, actual.x, eps);
-    EXPECT_NEAR(expected.y, actual.y, eps);
-    EXPECT_NEAR(expected.z, actual.z, eps);
-}
-
-void ExpectNear(const LxQuat& expected, const LxQuat& actual, float eps = 1e-5f)
-{
-    EXPECT_NEAR(expected.w, actual.w, eps);
-    EXPECT_NEAR(expected.x, actual.x, eps);
-    EXPECT_NEAR(expected.y, actual.y, eps);
-    EXPECT_NEAR(expected.z, actual.z, eps);
+    EXPECT_LT((expected - actual).Length(), eps);
 }
 
 // Orthonormal upper 3x3 with determinant +1.
@@ -48,22 +40,11 @@ void ExpectRotation(const LxMatrix4& m)
 }
 
 // A left-handed perspective (looking down +z) for column vectors: x, y scaled, w = z.
-LxMatrix4 Perspective(float nearZ, float farZ, bool zeroToOne)
+LxMatrix4 Perspective(float n, float f, bool zeroToOne)
 {
     LxMatrix4 m;
-    m.MakeZero();
-    m(0, 0) = 1.0f;
-    m(1, 1) = 1.0f;
-    if (zeroToOne)
-    {
-        m(2, 2) = farZ / (farZ - nearZ);
-        m(2, 3) = -nearZ * farZ / (farZ - nearZ);
-    }
-    else
-    {
-        m(2, 2) = (farZ + nearZ) / (farZ - nearZ);
-        m(2, 3) = -2.0f * nearZ * farZ / (farZ - nearZ);
-    }
+    m.MakeDiagonal(1, 1, (zeroToOne ? f : f + n) / (f - n), 0);
+    m(2, 3) = (zeroToOne ? -n : -2.0f * n) * f / (f - n);
     m(3, 2) = 1.0f;
     return m;
 }
@@ -184,16 +165,9 @@ TEST(LxMatrix4, RotationsAreRightHandedAndOrthonormal)
 
 TEST(LxMatrix4, MakeTransformIsTranslationRotationScale)
 {
-    LxMatrix4 m;
-    m.MakeTransform(LxVector3(4, 5, 6), LxQuat(), LxVector3(2, 1, 1));
-    EXPECT_EQ(2.0f, m[0]);
-    EXPECT_EQ(1.0f, m[5]);
-    EXPECT_EQ(4.0f, m[12]);
-    EXPECT_EQ(5.0f, m[13]);
-    EXPECT_EQ(6.0f, m[14]);
-
     LxQuat q;
     q.FromAxisAngle(LxVector3(1, 2, 3), 0.7f);
+    LxMatrix4 m;
     m.MakeTransform(LxVector3(4, 5, 6), q, LxVector3(2, 3, 0.5f));
     LxMatrix4 t, s;
     t.MakeTranslation(4, 5, 6);
@@ -302,11 +276,7 @@ TEST(LxQuat, SlerpIsThePlainFormula)
 {
     const LxQuat q(0.5f, 0.5f, 0.5f, 0.5f);
     EXPECT_EQ(q, LxQuat::Slerp(0.3f, q, q)) << "identical inputs give the first exactly";
-    const LxQuat zero = LxQuat::Slerp(0.5f, q, -q);
-    EXPECT_EQ(0.0f, zero.w);
-    EXPECT_EQ(0.0f, zero.x);
-    EXPECT_EQ(0.0f, zero.y);
-    EXPECT_EQ(0.0f, zero.z);
+    EXPECT_EQ(LxQuat(0, 0, 0, 0), LxQuat::Slerp(0.5f, q, -q)) << "opposite inputs cancel out exactly";
 
     // A dot product rounded above 1 makes acos NaN, and the result is q0 as it is.
     const LxQuat big(1.0000001f, 0, 0, 0);
@@ -448,7 +418,6 @@ TEST(LxFrustum, BoxAndSphereCullingRules)
 TEST(LxBoundingVolumes, TransformAndGrow)
 {
     LxBoundingBox box(LxPoint3(0, 0, 0), LxPoint3(1, 2, 3));
-    EXPECT_EQ(LxBoundingVolume::LX_BV_BOX, box.GetBVType());
     LxQuat q;
     q.FromAxisAngle(LxVector3(0, 0, 1), kPi / 2);
     LxMatrix4 m;
@@ -487,7 +456,6 @@ TEST(LxBoundingVolumes, TransformAndGrow)
     EXPECT_TRUE(empty.Contains(LxPoint3(1, 1, 1)));
 
     LxBoundingSphere sphere;
-    EXPECT_EQ(LxBoundingVolume::LX_BV_SPHERE, sphere.GetBVType());
     EXPECT_TRUE(sphere.IsEmpty());
     sphere.AddPoint(LxPoint3(0, 0, 0));
     sphere.AddPoint(LxPoint3(4, 0, 0));
@@ -503,6 +471,8 @@ TEST(LxBoundingVolumes, TransformAndGrow)
 
 TEST(LxHalf, KnownValuesRoundingAndSpecials)
 {
+    // Rounding between neighbours is pinned down by the exhaustive test below; these are absolute anchors and
+    // what lies beyond its range (overflow, underflow, NaN).
     EXPECT_EQ(0x3c00, LxHalf(1.0f).GetBits());
     EXPECT_EQ(0xc000, LxHalf(-2.0f).GetBits());
     EXPECT_EQ(0x8000, LxHalf(-0.0f).GetBits());
@@ -511,15 +481,8 @@ TEST(LxHalf, KnownValuesRoundingAndSpecials)
     EXPECT_EQ(0x7c00, LxHalf(65520.0f).GetBits()) << "the tie above the largest half overflows";
     EXPECT_EQ(0xfc00, LxHalf(-1e9f).GetBits());
     EXPECT_EQ(0xfc00, LxHalf(-std::numeric_limits<float>::infinity()).GetBits());
-    EXPECT_EQ(0x3c00, LxHalf(1.0f + 1.0f / 2048).GetBits()) << "tie to even (down)";
-    EXPECT_EQ(0x3c02, LxHalf(1.0f + 3.0f / 2048).GetBits()) << "tie to even (up)";
     EXPECT_EQ(0x0400, LxHalf(std::ldexp(1.0f, -14)).GetBits()) << "smallest normal";
-    EXPECT_EQ(0x0001, LxHalf(std::ldexp(1.0f, -24)).GetBits()) << "smallest denormal";
-    EXPECT_EQ(0x0000, LxHalf(std::ldexp(1.0f, -25)).GetBits()) << "half of it ties to zero";
-    EXPECT_EQ(0x0001, LxHalf(std::nextafter(std::ldexp(1.0f, -25), 1.0f)).GetBits());
-    EXPECT_EQ(0x0002, LxHalf(std::ldexp(3.0f, -25)).GetBits());
     EXPECT_EQ(0x8000, LxHalf(-1e-30f).GetBits());
-    EXPECT_EQ(0x0400, LxHalf(std::ldexp(2047.0f, -25)).GetBits()) << "rounding carries into the normals";
 
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const unsigned short nanBits = LxHalf(nan).GetBits();
