@@ -196,21 +196,6 @@ ComPtr<ID3D12ShaderReflection> Reflect(ID3DBlob* code)
     return reflection;
 }
 
-class D3D12Canary : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        std::string why;
-        m_context = LxD3D12Test::SharedContext(&why);
-        ASSERT_NE(m_context, nullptr) << why;
-        m_device = m_context->device.Get();
-    }
-
-    LxD3D12Test::Context* m_context = nullptr;
-    ID3D12Device* m_device = nullptr;
-};
-
 // ---------------------------------------------------------------------------------------------------------------
 // Device
 
@@ -348,28 +333,28 @@ std::string ColorText(const std::array<int, 4>& c)
            std::to_string(c[3]) + ")";
 }
 
-TEST_F(D3D12Canary, DrawsDepthTestedTrianglesOffscreenAndReadsThemBack)
+TEST(D3D12Canary, DrawsDepthTestedTrianglesOffscreenAndReadsThemBack)
 {
+    std::string why;
+    LxD3D12Test::Context* context = LxD3D12Test::SharedContext(&why);
+    ASSERT_NE(context, nullptr) << why;
+    ID3D12Device* device = context->device.Get();
+
     // Root signature: the two constant buffers as root CBVs, visible to every stage.
     D3D12_ROOT_PARAMETER params[2] = {};
     for (UINT i = 0; i < 2; ++i)
     {
         params[i].ParameterType = D3D12_ROOT_PARAMETER_TYPE_CBV;
         params[i].Descriptor.ShaderRegister = i;
-        params[i].Descriptor.RegisterSpace = 0;
         params[i].ShaderVisibility = D3D12_SHADER_VISIBILITY_ALL;
     }
-    D3D12_ROOT_SIGNATURE_DESC rootDesc = {};
-    rootDesc.NumParameters = 2;
-    rootDesc.pParameters = params;
-    rootDesc.Flags = D3D12_ROOT_SIGNATURE_FLAG_NONE;
-    ComPtr<ID3DBlob> rootBlob;
-    ComPtr<ID3DBlob> rootErrors;
+    const D3D12_ROOT_SIGNATURE_DESC rootDesc = {2, params, 0, nullptr, D3D12_ROOT_SIGNATURE_FLAG_NONE};
+    ComPtr<ID3DBlob> rootBlob, rootErrors;
     ASSERT_HRESULT_SUCCEEDED(
         D3D12SerializeRootSignature(&rootDesc, D3D_ROOT_SIGNATURE_VERSION_1_0, &rootBlob, &rootErrors));
     ComPtr<ID3D12RootSignature> rootSignature;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateRootSignature(0, rootBlob->GetBufferPointer(), rootBlob->GetBufferSize(),
-                                                           IID_PPV_ARGS(&rootSignature)));
+    ASSERT_HRESULT_SUCCEEDED(device->CreateRootSignature(0, rootBlob->GetBufferPointer(), rootBlob->GetBufferSize(),
+                                                         IID_PPV_ARGS(&rootSignature)));
 
     // Pipeline state: both stages, no input layout (positions come from SV_VertexID), depth test LESS.
     std::string errors;
@@ -395,74 +380,42 @@ TEST_F(D3D12Canary, DrawsDepthTestedTrianglesOffscreenAndReadsThemBack)
     psoDesc.DSVFormat = kDepthFormat;
     psoDesc.SampleDesc.Count = 1;
     ComPtr<ID3D12PipelineState> pso;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateGraphicsPipelineState(&psoDesc, IID_PPV_ARGS(&pso)));
+    ASSERT_HRESULT_SUCCEEDED(device->CreateGraphicsPipelineState(&psoDesc, IID_PPV_ARGS(&pso)));
 
     // Targets, each created in the state the draw needs, with matching optimised clear values.
-    const D3D12_HEAP_PROPERTIES defaultHeap = LxD3D12Test::HeapProperties(D3D12_HEAP_TYPE_DEFAULT);
-    const D3D12_RESOURCE_DESC colorDesc =
-        LxD3D12Test::Texture2DDesc(kColorFormat, kSize, kSize, D3D12_RESOURCE_FLAG_ALLOW_RENDER_TARGET);
-    D3D12_CLEAR_VALUE colorClear = {};
-    colorClear.Format = kColorFormat;
+    D3D12_CLEAR_VALUE colorClear = {kColorFormat, {}};
     std::memcpy(colorClear.Color, kClearColor, sizeof(kClearColor));
-    ComPtr<ID3D12Resource> color;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateCommittedResource(&defaultHeap, D3D12_HEAP_FLAG_NONE, &colorDesc,
-                                                               D3D12_RESOURCE_STATE_RENDER_TARGET, &colorClear,
-                                                               IID_PPV_ARGS(&color)));
-    const D3D12_RESOURCE_DESC depthDesc =
-        LxD3D12Test::Texture2DDesc(kDepthFormat, kSize, kSize, D3D12_RESOURCE_FLAG_ALLOW_DEPTH_STENCIL);
-    D3D12_CLEAR_VALUE depthClear = {};
-    depthClear.Format = kDepthFormat;
+    ComPtr<ID3D12Resource> color, depth;
+    ASSERT_HRESULT_SUCCEEDED(LxD3D12Test::CreateTexture2D(device, kColorFormat, kSize, kSize,
+                                                          D3D12_RESOURCE_FLAG_ALLOW_RENDER_TARGET,
+                                                          D3D12_RESOURCE_STATE_RENDER_TARGET, &colorClear, &color));
+    D3D12_CLEAR_VALUE depthClear = {kDepthFormat, {}};
     depthClear.DepthStencil.Depth = 1.0f;
-    ComPtr<ID3D12Resource> depth;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateCommittedResource(&defaultHeap, D3D12_HEAP_FLAG_NONE, &depthDesc,
-                                                               D3D12_RESOURCE_STATE_DEPTH_WRITE, &depthClear,
-                                                               IID_PPV_ARGS(&depth)));
-
-    D3D12_DESCRIPTOR_HEAP_DESC heapDesc = {};
-    heapDesc.NumDescriptors = 1;
-    heapDesc.Type = D3D12_DESCRIPTOR_HEAP_TYPE_RTV;
-    ComPtr<ID3D12DescriptorHeap> rtvHeap;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateDescriptorHeap(&heapDesc, IID_PPV_ARGS(&rtvHeap)));
-    heapDesc.Type = D3D12_DESCRIPTOR_HEAP_TYPE_DSV;
-    ComPtr<ID3D12DescriptorHeap> dsvHeap;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateDescriptorHeap(&heapDesc, IID_PPV_ARGS(&dsvHeap)));
+    ASSERT_HRESULT_SUCCEEDED(LxD3D12Test::CreateTexture2D(device, kDepthFormat, kSize, kSize,
+                                                          D3D12_RESOURCE_FLAG_ALLOW_DEPTH_STENCIL,
+                                                          D3D12_RESOURCE_STATE_DEPTH_WRITE, &depthClear, &depth));
+    ComPtr<ID3D12DescriptorHeap> rtvHeap, dsvHeap;
+    ASSERT_HRESULT_SUCCEEDED(LxD3D12Test::CreateDescriptorHeap(device, D3D12_DESCRIPTOR_HEAP_TYPE_RTV, 1, &rtvHeap));
+    ASSERT_HRESULT_SUCCEEDED(LxD3D12Test::CreateDescriptorHeap(device, D3D12_DESCRIPTOR_HEAP_TYPE_DSV, 1, &dsvHeap));
     const D3D12_CPU_DESCRIPTOR_HANDLE rtv = rtvHeap->GetCPUDescriptorHandleForHeapStart();
     const D3D12_CPU_DESCRIPTOR_HANDLE dsv = dsvHeap->GetCPUDescriptorHandleForHeapStart();
-    m_device->CreateRenderTargetView(color.Get(), nullptr, rtv);
-    m_device->CreateDepthStencilView(depth.Get(), nullptr, dsv);
+    device->CreateRenderTargetView(color.Get(), nullptr, rtv);
+    device->CreateDepthStencilView(depth.Get(), nullptr, dsv);
 
     // Constants: the near triangle (drawn first) and the far, larger one each get their own CanaryConstants,
     // both share one CanaryShared. Root CBV addresses must be 256-byte aligned.
-    CanaryConstants nearTri = {};
-    const float nearTint[4] = {0.8f, 0.4f, 0.2f, 1.0f};
+    // Tint, (unused), scale, offset, weights, depth, (tail).
+    CanaryConstants nearTri = {{0.8f, 0.4f, 0.2f, 1.0f}, 0, 0.5f, {0.1f, -0.05f}, {}, 0.25f, {}};
+    CanaryConstants farTri = {{0.2f, 0.6f, 0.9f, 1.0f}, 0, 0.9f, {0.0f, 0.0f}, {}, 0.75f, {}};
     const float weights[2][4] = {{0.5f, 1.0f, 1.5f, 1.0f}, {1.0f, 0.5f, 2.0f, 1.0f}};
-    std::memcpy(nearTri.tint, nearTint, sizeof(nearTint));
     std::memcpy(nearTri.weights, weights, sizeof(weights));
-    nearTri.scale = 0.5f;
-    nearTri.offset[0] = 0.1f;
-    nearTri.offset[1] = -0.05f;
-    nearTri.depth = 0.25f;
-    CanaryConstants farTri = nearTri;
-    const float farTint[4] = {0.2f, 0.6f, 0.9f, 1.0f};
-    std::memcpy(farTri.tint, farTint, sizeof(farTint));
-    farTri.scale = 0.9f;
-    farTri.offset[0] = 0.0f;
-    farTri.offset[1] = 0.0f;
-    farTri.depth = 0.75f;
-    CanaryShared shared = {};
-    shared.axis[0] = 1.0f;
-    shared.axis[1] = 0.5f;
-    shared.axis[2] = 0.0f;
-    shared.bias = 0.1f;
-    shared.nudge[0] = 0.02f;
-    shared.nudge[1] = 0.03f;
-    shared.gains[0] = 1.0f;
-    shared.gains[4] = 0.75f;
-    shared.gains[8] = 0.0f;
-    shared.depthBias = 0.05f;
+    std::memcpy(farTri.weights, weights, sizeof(weights));
+    // Axis, bias, nudge, (unused), gains (elements 0, 4 and 8), depth bias, (tail).
+    const CanaryShared shared = {
+        {1.0f, 0.5f, 0.0f}, 0.1f, {0.02f, 0.03f}, {}, {1.0f, 0, 0, 0, 0.75f, 0, 0, 0, 0.0f}, 0.05f, {}};
 
     constexpr UINT64 kCbStride = D3D12_CONSTANT_BUFFER_DATA_PLACEMENT_ALIGNMENT;
-    ComPtr<ID3D12Resource> constants = LxD3D12Test::CreateBuffer(m_device, D3D12_HEAP_TYPE_UPLOAD, 3 * kCbStride);
+    ComPtr<ID3D12Resource> constants = LxD3D12Test::CreateBuffer(device, D3D12_HEAP_TYPE_UPLOAD, 3 * kCbStride);
     ASSERT_NE(constants, nullptr);
     {
         void* mapped = nullptr;
@@ -477,28 +430,26 @@ TEST_F(D3D12Canary, DrawsDepthTestedTrianglesOffscreenAndReadsThemBack)
     const D3D12_GPU_VIRTUAL_ADDRESS cbBase = constants->GetGPUVirtualAddress();
 
     // Readback: colour then depth, each placed as the copy engine wants it.
-    D3D12_PLACED_SUBRESOURCE_FOOTPRINT colorFootprint = {};
-    D3D12_PLACED_SUBRESOURCE_FOOTPRINT depthFootprint = {};
-    UINT64 colorBytes = 0;
-    UINT64 depthBytes = 0;
-    m_device->GetCopyableFootprints(&colorDesc, 0, 1, 0, &colorFootprint, nullptr, nullptr, &colorBytes);
+    D3D12_PLACED_SUBRESOURCE_FOOTPRINT colorFootprint = {}, depthFootprint = {};
+    UINT64 colorBytes = 0, depthBytes = 0;
+    const D3D12_RESOURCE_DESC colorDesc = color->GetDesc(), depthDesc = depth->GetDesc();
+    device->GetCopyableFootprints(&colorDesc, 0, 1, 0, &colorFootprint, nullptr, nullptr, &colorBytes);
     const UINT64 depthOffset =
         (colorBytes + D3D12_TEXTURE_DATA_PLACEMENT_ALIGNMENT - 1) & ~UINT64(D3D12_TEXTURE_DATA_PLACEMENT_ALIGNMENT - 1);
-    m_device->GetCopyableFootprints(&depthDesc, 0, 1, depthOffset, &depthFootprint, nullptr, nullptr, &depthBytes);
+    device->GetCopyableFootprints(&depthDesc, 0, 1, depthOffset, &depthFootprint, nullptr, nullptr, &depthBytes);
     ASSERT_EQ(colorFootprint.Footprint.Width, kSize);
     ASSERT_GE(colorFootprint.Footprint.RowPitch, kSize * 4);
     ASSERT_EQ(colorFootprint.Footprint.RowPitch % D3D12_TEXTURE_DATA_PITCH_ALIGNMENT, 0u);
     ASSERT_EQ(depthFootprint.Offset, depthOffset);
     ComPtr<ID3D12Resource> readback =
-        LxD3D12Test::CreateBuffer(m_device, D3D12_HEAP_TYPE_READBACK, depthOffset + depthBytes);
+        LxD3D12Test::CreateBuffer(device, D3D12_HEAP_TYPE_READBACK, depthOffset + depthBytes);
     ASSERT_NE(readback, nullptr);
 
     ComPtr<ID3D12CommandAllocator> allocator;
-    ASSERT_HRESULT_SUCCEEDED(
-        m_device->CreateCommandAllocator(D3D12_COMMAND_LIST_TYPE_DIRECT, IID_PPV_ARGS(&allocator)));
+    ASSERT_HRESULT_SUCCEEDED(device->CreateCommandAllocator(D3D12_COMMAND_LIST_TYPE_DIRECT, IID_PPV_ARGS(&allocator)));
     ComPtr<ID3D12GraphicsCommandList> list;
-    ASSERT_HRESULT_SUCCEEDED(m_device->CreateCommandList(0, D3D12_COMMAND_LIST_TYPE_DIRECT, allocator.Get(), pso.Get(),
-                                                         IID_PPV_ARGS(&list)));
+    ASSERT_HRESULT_SUCCEEDED(
+        device->CreateCommandList(0, D3D12_COMMAND_LIST_TYPE_DIRECT, allocator.Get(), pso.Get(), IID_PPV_ARGS(&list)));
 
     const D3D12_VIEWPORT viewport = {0.0f, 0.0f, float(kSize), float(kSize), 0.0f, 1.0f};
     const D3D12_RECT scissor = {0, 0, LONG(kSize), LONG(kSize)};
@@ -522,21 +473,15 @@ TEST_F(D3D12Canary, DrawsDepthTestedTrianglesOffscreenAndReadsThemBack)
         LxD3D12Test::TransitionBarrier(depth.Get(), D3D12_RESOURCE_STATE_DEPTH_WRITE,
                                        D3D12_RESOURCE_STATE_COPY_SOURCE)};
     list->ResourceBarrier(2, toCopy);
-    D3D12_TEXTURE_COPY_LOCATION dst = {};
-    dst.pResource = readback.Get();
-    dst.Type = D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT;
-    D3D12_TEXTURE_COPY_LOCATION src = {};
-    src.Type = D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX;
-    src.SubresourceIndex = 0;
-    dst.PlacedFootprint = colorFootprint;
-    src.pResource = color.Get();
+    D3D12_TEXTURE_COPY_LOCATION dst = {readback.Get(), D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT, {colorFootprint}};
+    D3D12_TEXTURE_COPY_LOCATION src = {color.Get(), D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX, {}}; // subresource 0
     list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
     dst.PlacedFootprint = depthFootprint;
     src.pResource = depth.Get();
     list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
     ASSERT_HRESULT_SUCCEEDED(list->Close());
-    ASSERT_TRUE(m_context->ExecuteAndWait(list.Get()));
-    ASSERT_HRESULT_SUCCEEDED(m_device->GetDeviceRemovedReason());
+    ASSERT_TRUE(context->ExecuteAndWait(list.Get()));
+    ASSERT_HRESULT_SUCCEEDED(device->GetDeviceRemovedReason());
 
     void* mapped = nullptr;
     const D3D12_RANGE readAll = {0, static_cast<SIZE_T>(depthOffset + depthBytes)};

@@ -111,11 +111,9 @@ TEST(D3D12CanaryPresent, PresentsFramesThroughFlipDiscardSwapChain)
     EXPECT_EQ(got.BufferCount, kBufferCount);
     EXPECT_EQ(got.SwapEffect, DXGI_SWAP_EFFECT_FLIP_DISCARD);
 
-    D3D12_DESCRIPTOR_HEAP_DESC heapDesc = {};
-    heapDesc.NumDescriptors = kBufferCount;
-    heapDesc.Type = D3D12_DESCRIPTOR_HEAP_TYPE_RTV;
     ComPtr<ID3D12DescriptorHeap> rtvHeap;
-    ASSERT_HRESULT_SUCCEEDED(device->CreateDescriptorHeap(&heapDesc, IID_PPV_ARGS(&rtvHeap)));
+    ASSERT_HRESULT_SUCCEEDED(
+        LxD3D12Test::CreateDescriptorHeap(device, D3D12_DESCRIPTOR_HEAP_TYPE_RTV, kBufferCount, &rtvHeap));
     const UINT rtvStride = device->GetDescriptorHandleIncrementSize(D3D12_DESCRIPTOR_HEAP_TYPE_RTV);
     std::vector<ComPtr<ID3D12Resource>> buffers(kBufferCount);
     for (UINT i = 0; i < kBufferCount; ++i)

@@ -12,46 +12,6 @@ std::string HrText(HRESULT hr)
     return text;
 }
 
-D3D12_HEAP_PROPERTIES HeapProperties(D3D12_HEAP_TYPE type)
-{
-    D3D12_HEAP_PROPERTIES props = {};
-    props.Type = type;
-    props.CPUPageProperty = D3D12_CPU_PAGE_PROPERTY_UNKNOWN;
-    props.MemoryPoolPreference = D3D12_MEMORY_POOL_UNKNOWN;
-    props.CreationNodeMask = 1;
-    props.VisibleNodeMask = 1;
-    return props;
-}
-
-D3D12_RESOURCE_DESC BufferDesc(UINT64 size)
-{
-    D3D12_RESOURCE_DESC desc = {};
-    desc.Dimension = D3D12_RESOURCE_DIMENSION_BUFFER;
-    desc.Width = size;
-    desc.Height = 1;
-    desc.DepthOrArraySize = 1;
-    desc.MipLevels = 1;
-    desc.Format = DXGI_FORMAT_UNKNOWN;
-    desc.SampleDesc.Count = 1;
-    desc.Layout = D3D12_TEXTURE_LAYOUT_ROW_MAJOR;
-    return desc;
-}
-
-D3D12_RESOURCE_DESC Texture2DDesc(DXGI_FORMAT format, UINT width, UINT height, D3D12_RESOURCE_FLAGS flags)
-{
-    D3D12_RESOURCE_DESC desc = {};
-    desc.Dimension = D3D12_RESOURCE_DIMENSION_TEXTURE2D;
-    desc.Width = width;
-    desc.Height = height;
-    desc.DepthOrArraySize = 1;
-    desc.MipLevels = 1;
-    desc.Format = format;
-    desc.SampleDesc.Count = 1;
-    desc.Layout = D3D12_TEXTURE_LAYOUT_UNKNOWN;
-    desc.Flags = flags;
-    return desc;
-}
-
 D3D12_RESOURCE_BARRIER TransitionBarrier(ID3D12Resource* resource, D3D12_RESOURCE_STATES before,
                                          D3D12_RESOURCE_STATES after)
 {
@@ -64,17 +24,58 @@ D3D12_RESOURCE_BARRIER TransitionBarrier(ID3D12Resource* resource, D3D12_RESOURC
     return barrier;
 }
 
+namespace
+{
+HRESULT CreateCommitted(ID3D12Device* device, D3D12_HEAP_TYPE type, const D3D12_RESOURCE_DESC& desc,
+                        D3D12_RESOURCE_STATES state, const D3D12_CLEAR_VALUE* clear, ComPtr<ID3D12Resource>* resource)
+{
+    D3D12_HEAP_PROPERTIES heap = {}; // page property and memory pool: unknown, as a typed heap needs
+    heap.Type = type;
+    heap.CreationNodeMask = heap.VisibleNodeMask = 1;
+    return device->CreateCommittedResource(&heap, D3D12_HEAP_FLAG_NONE, &desc, state, clear,
+                                           IID_PPV_ARGS(resource->ReleaseAndGetAddressOf()));
+}
+
+D3D12_RESOURCE_DESC ResourceDesc(D3D12_RESOURCE_DIMENSION dimension, DXGI_FORMAT format, UINT64 width, UINT height,
+                                 D3D12_TEXTURE_LAYOUT layout, D3D12_RESOURCE_FLAGS flags)
+{
+    D3D12_RESOURCE_DESC desc = {};
+    desc.Dimension = dimension;
+    desc.Width = width;
+    desc.Height = height;
+    desc.DepthOrArraySize = desc.MipLevels = desc.SampleDesc.Count = 1;
+    desc.Format = format;
+    desc.Layout = layout;
+    desc.Flags = flags;
+    return desc;
+}
+} // namespace
+
 ComPtr<ID3D12Resource> CreateBuffer(ID3D12Device* device, D3D12_HEAP_TYPE type, UINT64 size)
 {
-    const D3D12_HEAP_PROPERTIES heap = HeapProperties(type);
-    const D3D12_RESOURCE_DESC desc = BufferDesc(size);
     const D3D12_RESOURCE_STATES state =
         type == D3D12_HEAP_TYPE_READBACK ? D3D12_RESOURCE_STATE_COPY_DEST : D3D12_RESOURCE_STATE_GENERIC_READ;
     ComPtr<ID3D12Resource> buffer;
-    if (FAILED(
-            device->CreateCommittedResource(&heap, D3D12_HEAP_FLAG_NONE, &desc, state, nullptr, IID_PPV_ARGS(&buffer))))
-        return nullptr;
-    return buffer;
+    const D3D12_RESOURCE_DESC desc = ResourceDesc(D3D12_RESOURCE_DIMENSION_BUFFER, DXGI_FORMAT_UNKNOWN, size, 1,
+                                                  D3D12_TEXTURE_LAYOUT_ROW_MAJOR, D3D12_RESOURCE_FLAG_NONE);
+    return SUCCEEDED(CreateCommitted(device, type, desc, state, nullptr, &buffer)) ? buffer : nullptr;
+}
+
+HRESULT CreateTexture2D(ID3D12Device* device, DXGI_FORMAT format, UINT width, UINT height, D3D12_RESOURCE_FLAGS flags,
+                        D3D12_RESOURCE_STATES state, const D3D12_CLEAR_VALUE* clear, ComPtr<ID3D12Resource>* texture)
+{
+    const D3D12_RESOURCE_DESC desc =
+        ResourceDesc(D3D12_RESOURCE_DIMENSION_TEXTURE2D, format, width, height, D3D12_TEXTURE_LAYOUT_UNKNOWN, flags);
+    return CreateCommitted(device, D3D12_HEAP_TYPE_DEFAULT, desc, state, clear, texture);
+}
+
+HRESULT CreateDescriptorHeap(ID3D12Device* device, D3D12_DESCRIPTOR_HEAP_TYPE type, UINT count,
+                             ComPtr<ID3D12DescriptorHeap>* heap)
+{
+    D3D12_DESCRIPTOR_HEAP_DESC desc = {};
+    desc.Type = type;
+    desc.NumDescriptors = count;
+    return device->CreateDescriptorHeap(&desc, IID_PPV_ARGS(heap->ReleaseAndGetAddressOf()));
 }
 
 ComPtr<ID3DBlob> CompileShader(const std::string& source, const char* entry, const char* target, std::string* errors,

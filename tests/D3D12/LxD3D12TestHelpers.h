@@ -20,14 +20,16 @@ using Microsoft::WRL::ComPtr;
 // "0x887A0005" style text for assertion messages.
 std::string HrText(HRESULT hr);
 
-D3D12_HEAP_PROPERTIES HeapProperties(D3D12_HEAP_TYPE type);
-D3D12_RESOURCE_DESC BufferDesc(UINT64 size);
-D3D12_RESOURCE_DESC Texture2DDesc(DXGI_FORMAT format, UINT width, UINT height,
-                                  D3D12_RESOURCE_FLAGS flags = D3D12_RESOURCE_FLAG_NONE);
 D3D12_RESOURCE_BARRIER TransitionBarrier(ID3D12Resource* resource, D3D12_RESOURCE_STATES before,
                                          D3D12_RESOURCE_STATES after);
 // A committed buffer in the given heap (upload buffers start in GENERIC_READ, readback ones in COPY_DEST).
 ComPtr<ID3D12Resource> CreateBuffer(ID3D12Device* device, D3D12_HEAP_TYPE type, UINT64 size);
+// A committed one-level 2D texture in the default heap, created in `state` with `clear` as its optimised clear value.
+HRESULT CreateTexture2D(ID3D12Device* device, DXGI_FORMAT format, UINT width, UINT height, D3D12_RESOURCE_FLAGS flags,
+                        D3D12_RESOURCE_STATES state, const D3D12_CLEAR_VALUE* clear, ComPtr<ID3D12Resource>* texture);
+// A heap of `count` descriptors, not shader-visible.
+HRESULT CreateDescriptorHeap(ID3D12Device* device, D3D12_DESCRIPTOR_HEAP_TYPE type, UINT count,
+                             ComPtr<ID3D12DescriptorHeap>* heap);
 
 // D3DCompile with strictness on. On failure returns null and puts the compiler's messages in *errors (the
 // messages of a successful compile, warnings, land there too).
