@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <set>
+#include <deque>
 #include <thread>
 #include <vector>
 
@@ -39,17 +39,13 @@ TEST(DescriptorHeap, FreedSlotsReturnOnlyWhenTheirFrameCompletes)
     TestFence fence(true);
     LxDescriptorHeap heap(4);
     for (int i = 0; i < 4; ++i)
-    {
         ASSERT_EQ(i, heap.Allocate());
-    }
     // Frame 1 frees slot 2; the GPU may still read it until frame 1's fence value completes.
     EXPECT_TRUE(heap.Free(2));
     EXPECT_EQ(1u, heap.GetPendingCount());
-    {
-        LxTest::LogCapture capture;
-        EXPECT_EQ(-1, heap.Allocate());
-        EXPECT_TRUE(capture.Contains("Out of memory for descriptors!", LX_LOG_ERROR));
-    }
+    LxTest::LogCapture capture;
+    EXPECT_EQ(-1, heap.Allocate());
+    EXPECT_TRUE(capture.Contains("Out of memory for descriptors!", LX_LOG_ERROR));
     heap.OnFrameEnd(&fence, 1);
     // Frame 2 frees slot 0.
     EXPECT_TRUE(heap.Free(0));
@@ -113,52 +109,40 @@ TEST(DescriptorHeap, ThreadsAllocateAndFreeWithoutSharingASlot)
     LxDescriptorHeap heap(256);
     std::atomic<int> owner[256];
     for (auto& o : owner)
-    {
         o.store(-1);
-    }
     std::atomic<int> conflicts{0};
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t)
-    {
         threads.emplace_back(
             [&, t]
             {
-                std::vector<std::pair<int, unsigned>> mine;
+                std::deque<std::pair<int, unsigned>> mine;
+                auto giveBack = [&]
+                {
+                    for (unsigned i = 0; i < mine.front().second; ++i)
+                        owner[mine.front().first + i].store(-1);
+                    heap.FreeNow(static_cast<unsigned>(mine.front().first), mine.front().second);
+                    mine.pop_front();
+                };
                 for (int round = 0; round < 500; ++round)
                 {
                     const unsigned count = 1 + (round + t) % 4;
                     const int first = heap.Allocate(count);
+                    for (unsigned i = 0; first >= 0 && i < count; ++i)
+                    {
+                        int expected = -1;
+                        conflicts += !owner[first + i].compare_exchange_strong(expected, t);
+                    }
                     if (first >= 0)
-                    {
-                        for (unsigned i = 0; i < count; ++i)
-                        {
-                            int expected = -1;
-                            if (!owner[first + i].compare_exchange_strong(expected, t))
-                                conflicts.fetch_add(1);
-                        }
                         mine.emplace_back(first, count);
-                    }
                     if (mine.size() > 8 || (first < 0 && !mine.empty()))
-                    {
-                        const auto back = mine.front();
-                        mine.erase(mine.begin());
-                        for (unsigned i = 0; i < back.second; ++i)
-                            owner[back.first + i].store(-1);
-                        heap.FreeNow(static_cast<unsigned>(back.first), back.second);
-                    }
+                        giveBack();
                 }
-                for (const auto& m : mine)
-                {
-                    for (unsigned i = 0; i < m.second; ++i)
-                        owner[m.first + i].store(-1);
-                    heap.FreeNow(static_cast<unsigned>(m.first), m.second);
-                }
+                while (!mine.empty())
+                    giveBack();
             });
-    }
     for (auto& th : threads)
-    {
         th.join();
-    }
     EXPECT_EQ(0, conflicts.load());
     EXPECT_EQ(0u, heap.GetAllocatedCount());
     EXPECT_EQ(0, heap.Allocate(256)); // everything coalesced back into one range

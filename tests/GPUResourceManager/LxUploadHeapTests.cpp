@@ -28,213 +28,185 @@ using LxTest::TestFence;
 
 namespace
 {
-// A block of memory aligned to 128 bytes (a mapped upload buffer is aligned further still).
-struct Block
+// A heap over `size` bytes of a 128-byte aligned block, starting `skew` bytes into it, or at the next multiple of
+// `alignTo` (a mapped upload buffer is aligned further still).
+struct Ring
 {
-    explicit Block(size_t size) : data(static_cast<unsigned char*>(LxAlignedMalloc(size, 128))) {}
-    ~Block() { LxAlignedFree(data); }
-    unsigned char* data;
+    explicit Ring(unsigned long long size, size_t skew = 0, size_t alignTo = 1)
+        : block(static_cast<unsigned char*>(LxAlignedMalloc(size + skew + alignTo, 128)))
+    {
+        begin = block + skew + (alignTo - reinterpret_cast<uintptr_t>(block + skew) % alignTo) % alignTo;
+        initialised = heap.InitializeRing(begin, size, nullptr);
+    }
+    ~Ring() { LxAlignedFree(block); }
+    // The offset of a new allocation (through `cache` when given), or -1 when it is refused.
+    long long At(unsigned long long bytes, unsigned long long alignment = 1, LxUploadHeapCache* cache = nullptr)
+    {
+        LxUploadAllocation a;
+        const bool ok = cache ? cache->Allocate(bytes, alignment, a) : heap.Allocate(bytes, alignment, a);
+        return ok ? static_cast<long long>(a.offset) : -1;
+    }
+    unsigned char* block;
+    unsigned char* begin;
+    LxUploadHeap heap;
+    bool initialised = false;
 };
-
-bool Alloc(LxUploadHeap& heap, unsigned long long bytes, unsigned long long alignment, LxUploadAllocation& out)
-{
-    return heap.Allocate(bytes, alignment, out);
-}
 } // namespace
 
 TEST(UploadHeap, PlacesAlignedBlocksBackToBack)
 {
-    Block block(1024);
-    LxUploadHeap heap;
+    Ring r(1024);
     int resource = 0;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 1024, &resource));
-    EXPECT_EQ(1024u, heap.GetFreeBytes());
-
-    LxUploadAllocation a, b, c;
-    ASSERT_TRUE(Alloc(heap, 10, 1, a));
+    ASSERT_TRUE(r.heap.InitializeRing(r.begin, 1024, &resource));
+    EXPECT_EQ(1024u, r.heap.GetFreeBytes());
+    LxUploadAllocation a;
+    ASSERT_TRUE(r.heap.Allocate(10, 1, a));
     EXPECT_EQ(0u, a.offset);
     EXPECT_EQ(10u, a.size);
     EXPECT_EQ(&resource, a.resource);
-    EXPECT_EQ(block.data, a.base);
-    EXPECT_EQ(block.data, a.GetCPUAddress());
-    ASSERT_TRUE(Alloc(heap, 16, 128, b));
-    EXPECT_EQ(128u, b.offset);
-    ASSERT_TRUE(Alloc(heap, 4, 4, c));
-    EXPECT_EQ(144u, c.offset);
+    EXPECT_EQ(r.begin, a.GetCPUAddress());
+    EXPECT_EQ(128, r.At(16, 128));
+    EXPECT_EQ(144, r.At(4, 4));
     // The frame is charged the padding too: 10 + (118 + 16) + 4.
-    EXPECT_EQ(148u, heap.GetAllocatedThisFrame());
-}
+    EXPECT_EQ(148u, r.heap.GetAllocatedThisFrame());
 
-TEST(UploadHeap, AlignmentIsOfTheAddressNotTheOffset)
-{
-    Block block(1024);
-    LxUploadHeap heap;
-    // A ring starting 8 bytes into an aligned block: 64-byte alignment lands on offset 56.
-    ASSERT_TRUE(heap.InitializeRing(block.data + 8, 512, nullptr));
-    LxUploadAllocation a;
-    ASSERT_TRUE(Alloc(heap, 8, 64, a));
-    EXPECT_EQ(56u, a.offset);
-    EXPECT_EQ(0u, reinterpret_cast<uintptr_t>(a.GetCPUAddress()) % 64);
+    // Alignment is of the address, not the offset: in a ring starting 8 bytes into an aligned block, 64-byte
+    // alignment lands on offset 56.
+    Ring skewed(512, 8);
+    ASSERT_TRUE(skewed.initialised);
+    EXPECT_EQ(56, skewed.At(8, 64));
 }
 
 TEST(UploadHeap, BadAlignmentIsReportedAndStillRoundsUp)
 {
-    Block block(256);
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 256, nullptr));
+    Ring r(256);
     LxTest::LogCapture capture;
-    LxUploadAllocation a, b, c;
-    ASSERT_TRUE(Alloc(heap, 5, 1, a));
-    ASSERT_TRUE(Alloc(heap, 4, 3, b)); // (5 + 2) AND NOT 2 = 5: not aligned, never below the free position
+    EXPECT_EQ(0, r.At(5, 1));
+    const long long b = r.At(4, 3); // (5 + 2) AND NOT 2 = 5: not aligned, never below the free position
     EXPECT_TRUE(capture.Contains("non-pow2 alignment", LX_LOG_ERROR));
-    EXPECT_GE(b.offset, 5u);
+    EXPECT_GE(b, 5);
     LxTest::LogCapture again; // an identical error is logged once until the log is reset
-    ASSERT_TRUE(Alloc(heap, 4, 0, c));
+    EXPECT_GE(r.At(4, 0), b + 4);
     EXPECT_TRUE(again.Contains("non-pow2 alignment"));
-    EXPECT_GE(c.offset, b.offset + 4);
 }
 
 TEST(UploadHeap, StraddlingAllocationRestartsAtTheBeginningAndPaysForTheTail)
 {
-    Block block(1024);
+    Ring r(1024);
     TestFence fence;
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 1024, nullptr));
-    LxUploadAllocation a;
-    ASSERT_TRUE(Alloc(heap, 900, 1, a));
-    heap.EndFrame(&fence, 1);
+    EXPECT_EQ(0, r.At(900));
+    r.heap.EndFrame(&fence, 1);
     fence.Complete(1);
-    EXPECT_EQ(900u, heap.GetHeadOffset());
-    EXPECT_EQ(124u, heap.GetFreeBytes());
+    EXPECT_EQ(900u, r.heap.GetHeadOffset());
+    EXPECT_EQ(124u, r.heap.GetFreeBytes());
 
     // 200 bytes do not fit in the 124 left before the end: they go to offset 0, and the frame is charged the
     // 124-byte tail as well (the slow path retires frame 1 to make room).
-    LxUploadAllocation b;
-    ASSERT_TRUE(Alloc(heap, 200, 16, b));
-    EXPECT_EQ(0u, b.offset);
-    EXPECT_EQ(324u, heap.GetAllocatedThisFrame());
-    EXPECT_EQ(0u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(1024u, heap.GetFreeBytes());
+    EXPECT_EQ(0, r.At(200, 16));
+    EXPECT_EQ(324u, r.heap.GetAllocatedThisFrame());
+    EXPECT_EQ(0u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(1024u, r.heap.GetFreeBytes());
 
-    heap.EndFrame(&fence, 2);
-    EXPECT_EQ(200u, heap.GetHeadOffset()); // (900 + 324) mod 1024
-    EXPECT_EQ(1024u - 324u, heap.GetFreeBytes());
+    r.heap.EndFrame(&fence, 2);
+    EXPECT_EQ(200u, r.heap.GetHeadOffset()); // (900 + 324) mod 1024
+    EXPECT_EQ(1024u - 324u, r.heap.GetFreeBytes());
 }
 
 TEST(UploadHeap, OversizedRequestsFailAtOnceWithoutWaiting)
 {
-    Block block(1024);
-    TestFence fence(true); // nothing ever completes
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 1024, nullptr));
+    Ring r(1024);
     LxTest::LogCapture capture;
     LxUploadAllocation a;
-    EXPECT_FALSE(Alloc(heap, 1025, 1, a));
+    EXPECT_FALSE(r.heap.Allocate(1025, 1, a)); // no frame to wait for: a wait would hang
     EXPECT_TRUE(capture.Contains("Allocation is greater than upload heap size", LX_LOG_ERROR));
     EXPECT_EQ(nullptr, a.base);
     EXPECT_EQ(0u, a.size);
-    EXPECT_EQ(0u, heap.GetAllocatedThisFrame()); // refused before anything was charged
+    EXPECT_EQ(0u, r.heap.GetAllocatedThisFrame()); // refused before anything was charged
 
     // Padding counts: 1024 bytes at 4096 alignment, from offset 8, cannot fit either.
-    ASSERT_TRUE(Alloc(heap, 8, 1, a));
+    EXPECT_EQ(0, r.At(8));
     LxTest::LogCapture again;
-    EXPECT_FALSE(Alloc(heap, 1024, 4096, a));
+    EXPECT_EQ(-1, r.At(1024, 4096));
     EXPECT_TRUE(again.Contains("Allocation is greater than upload heap size"));
 }
 
 TEST(UploadHeap, FramesRetireInOrderOnlyOnceTheirFenceCompletes)
 {
-    Block block(1000);
+    Ring r(1000);
     TestFence slow(true), quick(true);
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 1000, nullptr));
-    LxUploadAllocation a;
+    r.heap.EndFrame(&slow, 1); // nothing allocated: no record
+    EXPECT_EQ(0u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(0u, r.heap.GetHeadOffset());
 
-    heap.EndFrame(&slow, 1); // nothing allocated: no record
-    EXPECT_EQ(0u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(0u, heap.GetHeadOffset());
-
-    ASSERT_TRUE(Alloc(heap, 400, 1, a)); // frame 2: [0, 400)
-    heap.EndFrame(&slow, 2);
-    ASSERT_TRUE(Alloc(heap, 400, 1, a)); // frame 3: [400, 800)
-    heap.EndFrame(&quick, 3);
-    EXPECT_EQ(2u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(200u, heap.GetFreeBytes());
-    EXPECT_EQ(800u, heap.GetHeadOffset());
+    EXPECT_EQ(0, r.At(400)); // frame 2: [0, 400)
+    r.heap.EndFrame(&slow, 2);
+    EXPECT_EQ(400, r.At(400)); // frame 3: [400, 800)
+    r.heap.EndFrame(&quick, 3);
+    EXPECT_EQ(2u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(200u, r.heap.GetFreeBytes());
+    EXPECT_EQ(800u, r.heap.GetHeadOffset());
 
     // Frame 3 is done but frame 2, older, is not: retirement goes oldest first, so nothing is handed out.
     quick.Complete(3);
     LxUploadAllocation none;
-    EXPECT_FALSE(Alloc(heap, 300, 1, none));
+    EXPECT_FALSE(r.heap.Allocate(300, 1, none));
     EXPECT_EQ(nullptr, none.base);
-    EXPECT_EQ(2u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(0u, heap.GetAllocatedThisFrame()); // the failed request gave its charge back
+    EXPECT_EQ(2u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(0u, r.heap.GetAllocatedThisFrame()); // the failed request gave its charge back
 
     // Frame 2 completes: 300 bytes straddle the end, so they go to 0 and the frame pays for [800, 1000) too.
     // Retiring frame 2 alone makes room.
     slow.Complete(2);
-    ASSERT_TRUE(Alloc(heap, 300, 1, a));
-    EXPECT_EQ(0u, a.offset);
-    EXPECT_EQ(500u, heap.GetAllocatedThisFrame());
-    EXPECT_EQ(1u, heap.GetQueuedFrameCount());
-    heap.EndFrame(&slow, 4);
-    EXPECT_EQ(300u, heap.GetHeadOffset());
-    EXPECT_EQ(100u, heap.GetFreeBytes()); // up to frame 3's start at 400
+    EXPECT_EQ(0, r.At(300));
+    EXPECT_EQ(500u, r.heap.GetAllocatedThisFrame());
+    EXPECT_EQ(1u, r.heap.GetQueuedFrameCount());
+    r.heap.EndFrame(&slow, 4);
+    EXPECT_EQ(300u, r.heap.GetHeadOffset());
+    EXPECT_EQ(100u, r.heap.GetFreeBytes()); // up to frame 3's start at 400
 
-    ASSERT_TRUE(Alloc(heap, 150, 1, a)); // retires frame 3, not frame 4
-    EXPECT_EQ(300u, a.offset);
-    EXPECT_EQ(1u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(500u, heap.GetFreeBytes());
+    EXPECT_EQ(300, r.At(150)); // retires frame 3, not frame 4
+    EXPECT_EQ(1u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(500u, r.heap.GetFreeBytes());
 }
 
 TEST(UploadHeap, FailedRequestsGiveTheirChargeBack)
 {
-    Block block(100);
+    Ring r(100);
     TestFence fence(true);
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 100, nullptr));
-    LxUploadAllocation a, fail;
-    ASSERT_TRUE(Alloc(heap, 80, 1, a)); // [0, 80)
-    heap.EndFrame(&fence, 1);
-    ASSERT_TRUE(Alloc(heap, 10, 1, a)); // [80, 90)
-    EXPECT_FALSE(Alloc(heap, 50, 1, fail));
-    EXPECT_FALSE(Alloc(heap, 50, 1, fail));
-    EXPECT_EQ(10u, heap.GetAllocatedThisFrame());
-    // What is still free is still there.
-    ASSERT_TRUE(Alloc(heap, 10, 1, a));
-    EXPECT_EQ(90u, a.offset);
+    EXPECT_EQ(0, r.At(80));
+    r.heap.EndFrame(&fence, 1);
+    EXPECT_EQ(80, r.At(10));
+    EXPECT_EQ(-1, r.At(50));
+    EXPECT_EQ(-1, r.At(50));
+    EXPECT_EQ(10u, r.heap.GetAllocatedThisFrame());
+    EXPECT_EQ(90, r.At(10)) << "what is still free is still there";
     // Once the GPU has caught up, the same request succeeds (the render manager's flush and retry).
     fence.Complete(1);
-    ASSERT_TRUE(Alloc(heap, 50, 1, a));
-    EXPECT_EQ(0u, a.offset);
+    EXPECT_EQ(0, r.At(50));
 }
 
 TEST(UploadHeap, RecordQueueGrowsPastItsFirstSlots)
 {
-    Block block(4096);
+    Ring r(4096);
     TestFence fence(true);
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 4096, nullptr));
-    LxUploadAllocation a;
     for (unsigned long long frame = 1; frame <= 20; ++frame)
     {
-        ASSERT_TRUE(Alloc(heap, 100, 1, a)) << frame;
-        heap.EndFrame(&fence, frame);
+        ASSERT_NE(-1, r.At(100)) << frame;
+        r.heap.EndFrame(&fence, frame);
     }
-    EXPECT_EQ(20u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(4096u - 2000u, heap.GetFreeBytes());
+    EXPECT_EQ(20u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(4096u - 2000u, r.heap.GetFreeBytes());
     fence.Complete(13);
-    ASSERT_TRUE(Alloc(heap, 2000, 1, a)); // fits the 2096 free bytes: nothing retired
-    EXPECT_EQ(20u, heap.GetQueuedFrameCount());
+    ASSERT_NE(-1, r.At(2000)); // fits the 2096 free bytes: nothing retired
+    EXPECT_EQ(20u, r.heap.GetQueuedFrameCount());
     // [4000, 4096) is skipped: 96 + 1000 more bytes need 3096 free, ten frames' worth.
-    ASSERT_TRUE(Alloc(heap, 1000, 1, a));
-    EXPECT_EQ(0u, a.offset);
-    EXPECT_EQ(10u, heap.GetQueuedFrameCount());
+    EXPECT_EQ(0, r.At(1000));
+    EXPECT_EQ(10u, r.heap.GetQueuedFrameCount());
 
     // Re-initialising forgets the queue.
-    ASSERT_TRUE(heap.InitializeRing(block.data, 4096, nullptr));
-    EXPECT_EQ(0u, heap.GetQueuedFrameCount());
-    EXPECT_EQ(4096u, heap.GetFreeBytes());
+    ASSERT_TRUE(r.heap.InitializeRing(r.begin, 4096, nullptr));
+    EXPECT_EQ(0u, r.heap.GetQueuedFrameCount());
+    EXPECT_EQ(4096u, r.heap.GetFreeBytes());
 }
 
 TEST(UploadHeap, WithoutMemoryNothingIsHandedOut)
@@ -249,51 +221,35 @@ TEST(UploadHeap, WithoutMemoryNothingIsHandedOut)
 
 TEST(UploadHeapCache, PiecesComeFromOneBlockPerFrame)
 {
-    // A ring starting on a 256-byte boundary, the cache's block alignment.
-    Block block(8192 + 256);
-    unsigned char* begin = block.data + (256 - reinterpret_cast<uintptr_t>(block.data) % 256) % 256;
+    Ring r(8192, 0, 256); // a ring starting on a 256-byte boundary, the cache's block alignment
     TestFence fence;
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(begin, 8192, nullptr));
-    LxUploadHeapCache cache(heap, 1024);
-    LxUploadAllocation a, b, c, big;
-    ASSERT_TRUE(cache.Allocate(10, 1, a));
-    ASSERT_TRUE(cache.Allocate(16, 16, b));
-    ASSERT_TRUE(cache.Allocate(4, 4, c));
-    EXPECT_EQ(0u, a.offset);
-    EXPECT_EQ(16u, b.offset);
-    EXPECT_EQ(32u, c.offset);
-    EXPECT_EQ(4u, c.size);
-    EXPECT_EQ(1024u, heap.GetAllocatedThisFrame()); // one block taken from the heap
+    LxUploadHeapCache cache(r.heap, 1024);
+    EXPECT_EQ(0, r.At(10, 1, &cache));
+    EXPECT_EQ(16, r.At(16, 16, &cache));
+    EXPECT_EQ(32, r.At(4, 4, &cache));
+    EXPECT_EQ(1024u, r.heap.GetAllocatedThisFrame()); // one block taken from the heap
     // Too large for the cache: straight from the heap, after the block.
-    ASSERT_TRUE(cache.Allocate(300, 16, big));
-    EXPECT_EQ(1024u, big.offset);
+    EXPECT_EQ(1024, r.At(300, 16, &cache));
     // A full block: the next piece opens a new one.
-    ASSERT_TRUE(cache.Allocate(256, 1, a));
-    ASSERT_TRUE(cache.Allocate(256, 1, a));
-    ASSERT_TRUE(cache.Allocate(256, 1, a));
-    EXPECT_EQ(36u + 512, a.offset);
-    ASSERT_TRUE(cache.Allocate(256, 1, a));
-    EXPECT_EQ(1536u, a.offset); // 1024 + 300 rounded up to the block alignment
+    EXPECT_EQ(36, r.At(256, 1, &cache));
+    EXPECT_EQ(36 + 256, r.At(256, 1, &cache));
+    EXPECT_EQ(36 + 512, r.At(256, 1, &cache));
+    EXPECT_EQ(1536, r.At(256, 1, &cache)); // 1024 + 300 rounded up to the block alignment
     // After the frame ends the cache starts afresh in the new frame.
-    heap.EndFrame(&fence, 1);
-    ASSERT_TRUE(cache.Allocate(8, 8, a));
-    EXPECT_EQ(2560u, a.offset);
-    EXPECT_EQ(1024u, heap.GetAllocatedThisFrame());
+    r.heap.EndFrame(&fence, 1);
+    EXPECT_EQ(2560, r.At(8, 8, &cache));
+    EXPECT_EQ(1024u, r.heap.GetAllocatedThisFrame());
 }
 
 TEST(UploadHeapCache, SmallHeapsAndBadAlignmentsGoToTheHeap)
 {
-    Block block(1024);
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, 1024, nullptr));
-    LxUploadHeapCache cache(heap); // 64 KiB blocks would not fit a 1 KiB heap
-    LxUploadAllocation a;
+    Ring r(1024);
+    LxUploadHeapCache cache(r.heap); // 64 KiB blocks would not fit a 1 KiB heap
     LxTest::LogCapture capture;
-    ASSERT_TRUE(cache.Allocate(8, 8, a));
-    EXPECT_EQ(8u, heap.GetAllocatedThisFrame());
+    ASSERT_NE(-1, r.At(8, 8, &cache));
+    EXPECT_EQ(8u, r.heap.GetAllocatedThisFrame());
     EXPECT_EQ(0, capture.ErrorCount());
-    ASSERT_TRUE(cache.Allocate(8, 3, a));
+    ASSERT_NE(-1, r.At(8, 3, &cache));
     EXPECT_TRUE(capture.Contains("non-pow2 alignment"));
 }
 
@@ -317,18 +273,9 @@ public:
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         auto next = m_blocks.lower_bound(offset);
-        if (next != m_blocks.end() && next->first < offset + size)
-        {
+        if ((next != m_blocks.end() && next->first < offset + size) ||
+            (next != m_blocks.begin() && std::prev(next)->first + std::prev(next)->second.first > offset))
             return false;
-        }
-        if (next != m_blocks.begin())
-        {
-            auto prev = std::prev(next);
-            if (prev->first + prev->second.first > offset)
-            {
-                return false;
-            }
-        }
         m_blocks.emplace(offset, std::make_pair(size, frame));
         return true;
     }
@@ -336,19 +283,14 @@ public:
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         for (auto it = m_blocks.begin(); it != m_blocks.end();)
-        {
             it = it->second.second == frame ? m_blocks.erase(it) : std::next(it);
-        }
     }
 
 private:
     std::mutex m_mutex;
     std::map<unsigned long long, std::pair<unsigned long long, unsigned long long>> m_blocks;
 };
-} // namespace
 
-namespace
-{
 // Workers allocate through the heap itself, or each through its own cache.
 void RunStress(bool useCaches)
 {
@@ -356,9 +298,9 @@ void RunStress(bool useCaches)
     const unsigned kFrames = 300;
     const unsigned kPerFrame = 16;
     const unsigned long long kCapacity = 48 * 1024;
-    Block block(kCapacity);
-    LxUploadHeap heap;
-    ASSERT_TRUE(heap.InitializeRing(block.data, kCapacity, nullptr));
+    Ring r(kCapacity);
+    ASSERT_TRUE(r.initialised);
+    LxUploadHeap& heap = r.heap;
 
     // The GPU: takes ended frames in order, checks every block of the frame still holds what its worker wrote,
     // gives the frame's blocks up and completes the frame's fence value, lagging by a random little while.
@@ -380,24 +322,13 @@ void RunStress(bool useCaches)
                     std::unique_lock<std::mutex> lock(gpuMutex);
                     gpuWake.wait(lock, [&] { return done || !submitted.empty(); });
                     if (submitted.empty())
-                    {
                         return;
-                    }
                     frame = std::move(submitted.front());
                     submitted.pop_front();
                 }
                 std::this_thread::sleep_for(std::chrono::microseconds(rng() % 400));
                 for (const Handed& h : frame.second)
-                {
-                    for (unsigned long long i = 0; i < h.size; ++i)
-                    {
-                        if (block.data[h.offset + i] != h.fill)
-                        {
-                            corrupted.fetch_add(1);
-                            break;
-                        }
-                    }
-                }
+                    corrupted += std::count(r.begin + h.offset, r.begin + h.offset + h.size, h.fill) != long(h.size);
                 live.RemoveFrame(frame.first);
                 fence.Complete(frame.first);
             }
@@ -444,15 +375,13 @@ void RunStress(bool useCaches)
                             refused.fetch_add(1);
                             continue;
                         }
+                        // Out of the ring, misaligned or overlapping a live block.
                         if (a.offset + a.size > kCapacity ||
-                            (a.offset + reinterpret_cast<uintptr_t>(a.base)) % alignment)
+                            (a.offset + reinterpret_cast<uintptr_t>(a.base)) % alignment ||
+                            !live.Add(frame, a.offset, a.size))
                         {
                             overlaps.fetch_add(1);
                             continue;
-                        }
-                        if (!live.Add(frame, a.offset, a.size))
-                        {
-                            overlaps.fetch_add(1);
                         }
                         const unsigned char fill = static_cast<unsigned char>(rng());
                         std::memset(a.GetCPUAddress(), fill, a.size);
@@ -473,9 +402,7 @@ void RunStress(bool useCaches)
         barrier.Wait();
         std::vector<Handed> all;
         for (auto& list : perWorker)
-        {
             all.insert(all.end(), list.begin(), list.end());
-        }
         wrappedBytes += heap.GetAllocatedThisFrame();
         {
             std::lock_guard<std::mutex> lock(gpuMutex);
@@ -486,9 +413,7 @@ void RunStress(bool useCaches)
         gpuWake.notify_one();
     }
     for (auto& t : workers)
-    {
         t.join();
-    }
     {
         std::lock_guard<std::mutex> lock(gpuMutex);
         done = true;

@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <functional>
 #include <mutex>
 
 namespace LxTest
@@ -20,20 +19,9 @@ public:
 
     bool Signal(unsigned long long value) override
     {
-        if (failSignal)
-        {
-            return false;
-        }
         m_lastSignalled.store(value);
-        signals.fetch_add(1);
-        if (onSignal)
-        {
-            onSignal(value);
-        }
         if (!m_hold.load())
-        {
             Complete(value);
-        }
         return true;
     }
     unsigned long long GetCompletedValue() const override { return m_completed.load(std::memory_order_acquire); }
@@ -43,9 +31,7 @@ public:
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         if (value > m_completed.load())
-        {
             m_completed.store(value, std::memory_order_release);
-        }
         m_changed.notify_all();
     }
     void SetHold(bool hold) { m_hold.store(hold); }
@@ -57,20 +43,14 @@ public:
         m_changed.wait(lock, [&] { return m_completed.load() >= value; });
     }
 
-    std::atomic<int> signals{0};
     std::atomic<int> blockingWaits{0};
-    bool failSignal = false;
-    bool failArm = false;
-    // Called on every successful Signal, on the signalling thread (set before the fence is shared).
-    std::function<void(unsigned long long)> onSignal;
+    bool failArm = false; // set before the fence is shared
 
 protected:
     bool ArmWait(unsigned long long value) override
     {
         if (failArm)
-        {
             return false;
-        }
         std::lock_guard<std::mutex> lock(m_mutex);
         m_armed = value;
         return true;
