@@ -16,15 +16,28 @@
 
 namespace
 {
+// A log without a file, with a listener recording its lines for as long as it lives.
 struct Recorder : LxLogListener
 {
-    std::vector<std::string> lines;
-    std::vector<int> types;
+    Recorder() { log.AddLogListener(this); }
+    ~Recorder() override { log.RemoveLogListener(this); }
     void OnLogMessage(const LxString& text, _LxLogMessageType type) override
     {
         lines.emplace_back(text.c_str(), text.Length());
         types.push_back(type);
     }
+    LxLogManager log{false, false, LxString("unused.txt")};
+    std::vector<std::string> lines;
+    std::vector<int> types;
+};
+
+// Appends its tag to a trace for every line it hears.
+struct Tally : LxLogListener
+{
+    explicit Tally(char t = 'x', std::string* shared = nullptr) : tag(t), out(shared ? shared : &trace) {}
+    void OnLogMessage(const LxString&, _LxLogMessageType) override { *out += tag; }
+    char tag;
+    std::string trace, *out;
 };
 
 // The time stamp: a bracket, the hour padded with a blank, minutes and seconds with zeros, a bracket and a blank.
@@ -79,9 +92,8 @@ bool WaitForFile(const std::string& path, int milliseconds)
 
 TEST(LxLogManager, LineFormatForEveryTypeAndFileForm)
 {
-    LxLogManager log(false, false, LxString("unused.txt"));
     Recorder r;
-    log.AddLogListener(&r);
+    LxLogManager& log = r.log;
     log.LogMessage(LxString("plain"), LX_LOG_MESSAGE, nullptr, -1);
     log.LogMessage(LxString("traced"), LX_LOG_DEBUG, "src/a.cpp", 12);
     log.LogMessage(LxString("doubtful"), LX_LOG_WARNING, "C:\\dir\\b.cpp", 0);
@@ -96,14 +108,12 @@ TEST(LxLogManager, LineFormatForEveryTypeAndFileForm)
     EXPECT_TRUE(Matches(r.lines[3], std::string(R"(^c\.cpp\(1\) : )") + kStamp + "ERROR: failed\n$")) << r.lines[3];
     EXPECT_TRUE(Matches(r.lines[4], std::string(R"(^d\.cpp : )") + kStamp + "CRITICAL: gave up\n$")) << r.lines[4];
     EXPECT_EQ(r.types, (std::vector<int>{0, 1, 2, 3, 4}));
-    log.RemoveLogListener(&r);
 }
 
 TEST(LxLogManager, ErrorsAreReportedOnceUntilReset)
 {
-    LxLogManager log(false, false, LxString("unused.txt"));
     Recorder r;
-    log.AddLogListener(&r);
+    LxLogManager& log = r.log;
     log.LogMessage(LxString("same error"), LX_LOG_ERROR, nullptr, -1);
     log.LogMessage(LxString("same error"), LX_LOG_ERROR, "elsewhere.cpp", 3); // same text: dropped
     log.LogMessage(LxString("same warning"), LX_LOG_WARNING, nullptr, -1);
@@ -113,7 +123,6 @@ TEST(LxLogManager, ErrorsAreReportedOnceUntilReset)
     log.ClearReportedErrors();
     log.LogMessage(LxString("same error"), LX_LOG_ERROR, nullptr, -1);
     EXPECT_EQ(r.lines.size(), 5u);
-    log.RemoveLogListener(&r);
 
     // The static reset clears the singleton's set.
     LxTest::LogCapture capture;
@@ -127,10 +136,8 @@ TEST(LxLogManager, ErrorsAreReportedOnceUntilReset)
 
 TEST(LxLogManager, ContinuationLinesAreIndentedUnderTheMessage)
 {
-    LxLogManager log(false, false, LxString("unused.txt"));
     Recorder r;
-    log.AddLogListener(&r);
-    log.LogMessage(LxString("first\nsecond\nthird"), LX_LOG_WARNING, "f.cpp", 7);
+    r.log.LogMessage(LxString("first\nsecond\nthird"), LX_LOG_WARNING, "f.cpp", 7);
     ASSERT_EQ(r.lines.size(), 1u);
     const std::string& line = r.lines[0];
     const size_t start = line.find("first");
@@ -138,7 +145,6 @@ TEST(LxLogManager, ContinuationLinesAreIndentedUnderTheMessage)
     const std::string indent(start, ' '); // file part + time stamp + "WARNING: "
     EXPECT_EQ(start, std::string("f.cpp(7) : [hh:mm:ss] WARNING: ").size());
     EXPECT_EQ(line.substr(start), "first\n" + indent + "second\n" + indent + "third\n");
-    log.RemoveLogListener(&r);
 }
 
 TEST(LxLogManager, FileGetsEveryLineFlushedAndTheExitLine)
@@ -198,38 +204,25 @@ TEST(LxLogManager, UnwritablePathFallsBackToTempThenTmp)
         EXPECT_STREQ(log.GetLogFilePath().c_str(), (tmp + "/LumexLog-blocked.txt").c_str());
         EXPECT_TRUE(log.IsFileOpen());
     }
+    {
+        // Neither: no file, but listeners still hear every line.
+        ScopedEnv t("TEMP", nullptr), m("TMP", nullptr);
+        LxLogManager log(true, false, LxString("LumexLog-blocked.txt"));
+        EXPECT_FALSE(log.IsFileOpen());
+        Tally heard;
+        log.AddLogListener(&heard);
+        log.LogMessage(LxString("still heard"), LX_LOG_WARNING, nullptr, -1);
+        log.RemoveLogListener(&heard);
+        EXPECT_EQ(heard.trace, "x");
+    }
     std::filesystem::remove("LumexLog-blocked.txt");
-}
-
-TEST(LxLogManager, NoTempNoFileButEchoAndListenersStillWork)
-{
-    const std::string blocked = LxTest::MakeTempDir("blocked2") + "/LumexLog.txt";
-    std::filesystem::create_directories(blocked);
-    ScopedEnv t("TEMP", nullptr);
-    ScopedEnv m("TMP", nullptr);
-    LxLogManager log(true, false, LxString(blocked.c_str()));
-    EXPECT_FALSE(log.IsFileOpen());
-    Recorder r;
-    log.AddLogListener(&r);
-    log.LogMessage(LxString("still heard"), LX_LOG_WARNING, nullptr, -1);
-    EXPECT_EQ(r.lines.size(), 1u);
-    log.RemoveLogListener(&r);
 }
 
 TEST(LxLogManager, ListenersInRegistrationOrderAndRemovable)
 {
     LxLogManager log(false, false, LxString("unused.txt"));
-    struct Ordered : LxLogListener
-    {
-        std::string* trace;
-        char tag;
-        void OnLogMessage(const LxString&, _LxLogMessageType) override { *trace += tag; }
-    };
     std::string trace;
-    Ordered a, b;
-    a.trace = b.trace = &trace;
-    a.tag = 'a';
-    b.tag = 'b';
+    Tally a('a', &trace), b('b', &trace);
     log.AddLogListener(&a);
     log.AddLogListener(&b);
     log.AddLogListener(&a); // registered once
