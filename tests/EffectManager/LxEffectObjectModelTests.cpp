@@ -72,17 +72,26 @@ TEST(LxEffectParameter, TypedSettersCheckTypeAndIndex)
     EXPECT_EQ(1, static_cast<const int*>(vb.GetDataPtr())[3]);
 }
 
+namespace
+{
+// Annotations holding a colorConversion map with the given mask and exponent (either may be left out).
+LxAnnotationMap ColorConversion(const char* mask, float exponent = -1.0f)
+{
+    LxAnnotationMap cc, annotations;
+    if (mask)
+        cc.SetValue("mask", new LxAnnotationValue(mask));
+    if (exponent >= 0.0f)
+        cc.SetValue("exponent", new LxAnnotationValue(exponent));
+    annotations.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(cc)));
+    return annotations;
+}
+} // namespace
+
 TEST(LxEffectParameter, ColorConversionAppliesToMaskedComponents)
 {
     LxTest::LogCapture capture;
-    LxAnnotationMap cc;
-    cc.SetValue("mask", new LxAnnotationValue("RGB"));
-    cc.SetValue("exponent", new LxAnnotationValue(2.2f));
-    LxAnnotationMap annotations;
-    annotations.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(cc)));
-
     LxEffectParameter color("color", LxEffectParameter::TYPE_VECTOR);
-    color.SetAnnotations(annotations);
+    color.SetAnnotations(ColorConversion("RGB", 2.2f));
     ASSERT_TRUE(color.HasColorConversion());
     const float half[4] = {0.5f, 0.5f, 0.5f, 0.5f};
     color.SetFloatVector(half);
@@ -94,21 +103,12 @@ TEST(LxEffectParameter, ColorConversionAppliesToMaskedComponents)
     EXPECT_FLOAT_EQ(std::pow(0.5f, 2.2f), v[1]);
 
     // An alpha-only mask, a bad mask, a missing exponent and a non-map value.
-    LxAnnotationMap alpha;
-    alpha.SetValue("mask", new LxAnnotationValue("A"));
-    alpha.SetValue("exponent", new LxAnnotationValue(2.0f));
-    LxAnnotationMap a2;
-    a2.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(alpha)));
-    color.SetAnnotations(a2);
+    color.SetAnnotations(ColorConversion("A", 2.0f));
     color.SetFloatVector(half);
     EXPECT_FLOAT_EQ(0.5f, v[0]);
     EXPECT_FLOAT_EQ(0.25f, v[3]);
 
-    LxAnnotationMap bad;
-    bad.SetValue("mask", new LxAnnotationValue("RQ"));
-    LxAnnotationMap a3;
-    a3.SetValue("colorConversion", new LxAnnotationValue(new LxAnnotationMap(bad)));
-    color.SetAnnotations(a3);
+    color.SetAnnotations(ColorConversion("RQ"));
     EXPECT_TRUE(capture.Contains("Effect parameter's color conversion mask is invalid (RQ).  Defaulting to RGB."));
     EXPECT_TRUE(capture.Contains("Effect parameter's color conversion exponent is either missing or invalid (out of "
                                  "range?).  Defaulting to 1.0."));
@@ -119,7 +119,7 @@ TEST(LxEffectParameter, ColorConversionAppliesToMaskedComponents)
     color.SetAnnotations(notMap);
     EXPECT_TRUE(capture.Contains("colorConversion annotation must specify an annotation map!"));
     LxEffectParameter i("i", 1);
-    i.SetAnnotations(annotations);
+    i.SetAnnotations(ColorConversion("RGB", 2.2f));
     EXPECT_TRUE(capture.Contains("Attempting to color convert a non Float/Vector parameter type!"));
 }
 
@@ -221,8 +221,6 @@ TEST(LxVertexElement, TablesAndSemantics)
         EXPECT_EQ(t, static_cast<unsigned int>(back));
     }
     EXPECT_EQ(226u, total);
-    EXPECT_EQ(25, LxVertexElement::TYPE_BYTE2N);
-    EXPECT_EQ(26, LxVertexElement::TYPE_UBYTE2);
     EXPECT_EQ(6u, LxVertexElement::ms_dataTypeSize[LxVertexElement::TYPE_HALF3]);
     EXPECT_EQ(3u, LxVertexElement::ms_dataTypeComponentCount[LxVertexElement::TYPE_HALF3]);
 
