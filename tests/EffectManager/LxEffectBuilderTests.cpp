@@ -30,6 +30,7 @@ TEST(LxEffectBuilder, InitializerCountsPerType)
     EXPECT_FALSE(LxEffectBuilder::CheckEffectParameterParameterCount(P::DataType(99), 0));
 }
 
+// Most scope errors are provoked through the grammar by the error files; these calls the grammar never makes.
 TEST(LxEffectBuilder, MisorderedCallsAreReportedAndFailTheBuild)
 {
     LxTest::LogCapture capture;
@@ -37,50 +38,13 @@ TEST(LxEffectBuilder, MisorderedCallsAreReportedAndFailTheBuild)
     builder.SetEffectName("direct.fx");
     builder.AddSamplerState("Filter", LxString("POINT"));
     builder.EndSampler();
-    builder.AddSamplerTexture("t");
-    builder.EndPass();
-    builder.EndTechnique();
-    builder.StartPass("P");
-    builder.AddTechniqueProperty("x");
-    builder.SetStreamMap("M");
     builder.SetStreamOutMap(1, "M");
-    builder.AddRenderState("ZEnable", true);
-    LxShaderCodeBlock code;
-    builder.AddShader(LX_PIXEL_SHADER, code, nullptr);
-    builder.DisableShader(LX_PIXEL_SHADER);
-    builder.AddBinaryShaderPair("x.bin");
     for (const char* message :
          {"direct.fx : Trying to set sampler state outside of a Sampler {...} block",
-          "EndSampler() without corresponding StartSampler()",
-          "Trying to set sampler texture outside of a Sampler {...} block",
-          "EndPass() without corresponding StartPass()", "EndTechnique() without corresponding StartTechnique()",
-          "Pass block cannot be outside a Technique block",
-          "Trying to add a technique property outside of a Technique {...} block",
-          "SetStreamMap outside of a Pass {...} block", "SetStreamOutMap outside of a Pass {...} block",
-          "Trying to set render state outside of a Pass {...} block",
-          "Trying to create shader outside of a Pass {...} block",
-          "Trying to reset a shader outside of a Pass {...} block",
-          "Trying to create binary shader pair outside of a Pass {...} block"})
+          "EndSampler() without corresponding StartSampler()", "SetStreamOutMap outside of a Pass {...} block"})
         EXPECT_TRUE(capture.Contains(message)) << message;
     EXPECT_TRUE(builder.ParseErrorOccured());
     builder.EndEffect();
-    EXPECT_EQ(nullptr, builder.GetResult());
-}
-
-TEST(LxEffectBuilder, NestedScopesByDirectCalls)
-{
-    LxTest::LogCapture capture;
-    LxEffectBuilder builder;
-    builder.StartTechnique("A", false, false);
-    builder.StartPass("P");
-    builder.StartPass("Q");
-    EXPECT_TRUE(capture.Contains("Nested passes are not allowed. Currently active pass is \"P\""));
-    builder.StartSampler("s", nullptr);
-    EXPECT_TRUE(capture.Contains("Sampler declaration must be outside pass and technique blocks"));
-    builder.EndSampler();
-    builder.StartTechnique("B", false, false);
-    EXPECT_TRUE(capture.Contains("Nested techniques are not allowed. Currently active technique is \"A\""));
-    builder.EndTechnique();
     EXPECT_EQ(nullptr, builder.GetResult());
 }
 
@@ -183,12 +147,6 @@ TEST(LxEffectBuilder, ArraysAreBoundedAndInitializersMustFitTheType)
     std::unique_ptr<LxEffect> empty = Parse("Float f ()\nInt i ()\nBool b ()\nMatrix m ()\n", "empty.fx");
     ASSERT_TRUE(empty) << capture.All();
     EXPECT_EQ(0, empty->GetParameter("i")->GetDefaultValueInt());
-
-    LxEffectBuilder builder;
-    const LxArray<int> ints;
-    builder.AddEffectParameter("f", LxEffectParameter::TYPE_FLOAT, &ints, nullptr);
-    EXPECT_TRUE(
-        capture.Contains("Effect parameter f: Invalid number of parameters in initializer for this data type."));
 }
 
 TEST(LxEffectBuilder, InheritedPassesAreClonedAndMayBeReopened)
@@ -220,11 +178,6 @@ TEST(LxEffectBuilder, InheritedPassesAreClonedAndMayBeReopened)
     // The base itself is untouched by its descendants.
     EXPECT_FALSE(base->GetPass("B")->HasShader(LX_VERTEX_SHADER));
 
-    // An inherited pass never given a vertex shader fails in a concrete technique.
-    capture.Clear();
-    EXPECT_FALSE(Parse("BaseTechnique Base { Pass A { CullMode = BACK } }\nTechnique D : Base { }\n", "novs.fx"));
-    EXPECT_TRUE(capture.Contains("Pass does not have a vertex shader!  All non-abstract effect passes must define or "
-                                 "inherit a vertex shader"));
     capture.Clear();
     EXPECT_FALSE(Parse("ComputeTechnique C { Pass P { ComputeShader() void main() {} EndComputeShader } }\n"
                        "Technique G : C { }\n",

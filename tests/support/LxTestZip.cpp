@@ -49,46 +49,35 @@ std::string LxTest::BuildZip(const std::vector<ZipEntry>& entries)
         const unsigned method = e.deflate ? 8u : 0u;
         const unsigned long offset = zip.size();
 
+        // The fields a local header and its central directory entry share, from the version needed on.
+        auto common = [&](std::string& out)
+        {
+            for (unsigned v : {20u, 0u, method, dosTime, dosDate})
+                Put16(out, v);
+            for (unsigned long v : {crc, csize, usize})
+                Put32(out, v);
+            Put16(out, unsigned(e.name.size()));
+            Put16(out, 0); // extra field length
+        };
         Put32(zip, 0x04034b50ul);
-        Put16(zip, 20);
-        Put16(zip, 0);
-        Put16(zip, method);
-        Put16(zip, dosTime);
-        Put16(zip, dosDate);
-        Put32(zip, crc);
-        Put32(zip, csize);
-        Put32(zip, usize);
-        Put16(zip, unsigned(e.name.size()));
-        Put16(zip, 0);
+        common(zip);
         zip += e.name;
         zip += body;
 
         Put32(central, 0x02014b50ul);
-        Put16(central, 20);
-        Put16(central, 20);
-        Put16(central, 0);
-        Put16(central, method);
-        Put16(central, dosTime);
-        Put16(central, dosDate);
-        Put32(central, crc);
-        Put32(central, csize);
-        Put32(central, usize);
-        Put16(central, unsigned(e.name.size()));
-        Put16(central, 0);
-        Put16(central, 0);
-        Put16(central, 0);
-        Put16(central, 0);
-        Put32(central, 0);
+        Put16(central, 20); // version made by
+        common(central);
+        for (unsigned v : {0u, 0u, 0u}) // comment length, disk number, internal attributes
+            Put16(central, v);
+        Put32(central, 0); // external attributes
         Put32(central, offset);
         central += e.name;
     }
     const unsigned long centralOffset = zip.size();
     zip += central;
     Put32(zip, 0x06054b50ul);
-    Put16(zip, 0);
-    Put16(zip, 0);
-    Put16(zip, unsigned(entries.size()));
-    Put16(zip, unsigned(entries.size()));
+    for (unsigned v : {0u, 0u, unsigned(entries.size()), unsigned(entries.size())})
+        Put16(zip, v);
     Put32(zip, central.size());
     Put32(zip, centralOffset);
     Put16(zip, 0);
