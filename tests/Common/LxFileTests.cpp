@@ -71,17 +71,7 @@ TEST(LxStandardFile, ReadWriteSeekAndSize)
     EXPECT_FALSE(f->Flush());
 }
 
-TEST(LxStandardFile, FailedOpenStillReturnsAClosedFile)
-{
-    auto f = OpenFile(LxTest::ScratchDir() + "/missing/nothing.txt", "rb");
-    ASSERT_NE(f, nullptr);
-    EXPECT_FALSE(f->IsOpen());
-    EXPECT_FALSE(LxFile::Exists(LxString("missing-file.txt")));
-    long long stamp = 0;
-    EXPECT_FALSE(LxFile::GetTimeStamp(LxString("missing-file.txt"), stamp));
-}
-
-TEST(LxStandardFile, TimeStampIsOnTheFileTimeScale)
+TEST(LxStandardFile, ExistenceTimeStampsAndFailedOpens)
 {
     const std::string path = LxTest::MakeTempDir("stamp") + "/t.txt";
     LxTest::WriteBytes(path, "x");
@@ -90,6 +80,12 @@ TEST(LxStandardFile, TimeStampIsOnTheFileTimeScale)
     // 100-ns ticks since 1601: 2020-01-01 is 132223104000000000.
     EXPECT_GT(stamp, 132223104000000000LL);
     EXPECT_TRUE(LxFile::Exists(LxString(path.c_str())));
+    EXPECT_FALSE(LxFile::Exists(LxString("missing-file.txt")));
+    EXPECT_FALSE(LxFile::GetTimeStamp(LxString("missing-file.txt"), stamp));
+    // A failed open still returns a file, a closed one.
+    auto f = OpenFile(LxTest::ScratchDir() + "/missing/nothing.txt", "rb");
+    ASSERT_NE(f, nullptr);
+    EXPECT_FALSE(f->IsOpen());
 }
 
 TEST(LxStandardFile, TextModeTranslatesLineEndsOnWindowsOnly)
@@ -113,7 +109,7 @@ TEST(LxStandardFile, TextModeTranslatesLineEndsOnWindowsOnly)
     LxFree(data);
 }
 
-TEST(LxFileLines, CarriageReturnsAndLineFeeds)
+TEST(LxFileLines, CarriageReturnsAndLineFeedsAppendedOrJoined)
 {
     EXPECT_EQ(Lines("a\r\nb\n\rc"), (std::vector<std::string>{"a", "b", "", "c"}));
     EXPECT_EQ(Lines("one\ntwo\n"), (std::vector<std::string>{"one", "two"})); // no empty last line
@@ -122,10 +118,8 @@ TEST(LxFileLines, CarriageReturnsAndLineFeeds)
     EXPECT_EQ(Lines("tail"), (std::vector<std::string>{"tail"}));
     EXPECT_EQ(Lines(""), (std::vector<std::string>{}));
     EXPECT_EQ(Lines("x\r\r\ny"), (std::vector<std::string>{"x", "", "y"}));
-}
 
-TEST(LxFileLines, ReadTextLinesAppendsAndReadFileToStringJoins)
-{
+    // ReadTextLines appends to the list; ReadFileToString joins with LF.
     const std::string path = LxTest::MakeTempDir("lines") + "/l.txt";
     LxTest::WriteBytes(path, std::string("a\r\nb\n\rc", 7));
     auto f = OpenFile(path, "rb");

@@ -56,7 +56,7 @@ TEST(LxMD5Hash, PaddingBoundariesAndIncrementalUpdatesAgree)
     }
 }
 
-TEST(LxMD5Hash, TextFormRoundTrip)
+TEST(LxMD5Hash, TextFormAndHasher)
 {
     LxMD5Hash h;
     EXPECT_TRUE(h.IsZero());
@@ -75,11 +75,8 @@ TEST(LxMD5Hash, TextFormRoundTrip)
     EXPECT_TRUE(untouched.IsZero());
     LxMD5Hash::ZeroHash(&h);
     EXPECT_TRUE(h.IsZero());
-}
 
-TEST(LxMD5Hash, HasherIsTimesFivePlusUnsignedByte)
-{
-    LxMD5Hash h;
+    // The hash-map hasher: times five plus each unsigned byte.
     h.GetBytes()[15] = 0xFF;
     LxMD5Hash::Hasher hasher;
     EXPECT_EQ(hasher(h), 255u);

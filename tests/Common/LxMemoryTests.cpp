@@ -19,7 +19,7 @@ struct StatsSnapshot
 };
 } // namespace
 
-TEST(LxMemory, ZeroByteRequestsGetDistinctOneByteBlocks)
+TEST(LxMemory, ZeroByteRequestsCountsAndThePeak)
 {
     StatsSnapshot before;
     void* a = LxMalloc(0);
@@ -36,16 +36,13 @@ TEST(LxMemory, ZeroByteRequestsGetDistinctOneByteBlocks)
     EXPECT_EQ(LxMemoryStats::GetAllocationCount(), before.count);
     LxFree(nullptr); // ignored
     EXPECT_EQ(LxMemoryStats::GetAllocationCount(), before.count);
-}
 
-TEST(LxMemory, PeakFollowsTheHighestUsage)
-{
-    const size_t big = 1u << 20;
-    void* p = LxMalloc(LxMemoryStats::GetPeakUsage() + big);
+    // The peak follows the highest usage; freeing never lowers it.
+    void* p = LxMalloc(LxMemoryStats::GetPeakUsage() + (1u << 20));
     const unsigned long long peak = LxMemoryStats::GetPeakUsage();
     EXPECT_GE(peak, LxMemoryStats::GetCurrentUsage());
     LxFree(p);
-    EXPECT_EQ(LxMemoryStats::GetPeakUsage(), peak); // freeing never lowers the peak
+    EXPECT_EQ(LxMemoryStats::GetPeakUsage(), peak);
 }
 
 TEST(LxMemory, AlignedBlocksKeepTheirDistanceInTheByteBefore)

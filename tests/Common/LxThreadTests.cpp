@@ -334,29 +334,15 @@ TEST(LxThreadPool, StrideDistributionWithTheCallerAsLastParticipant)
     {
         std::vector<RecordingItem> items(10);
         pool->ExecuteWorkItems(Batch(items));
-
-        // Group the items by the thread that ran them.
-        std::vector<std::set<int>> groups;
-        std::vector<unsigned long long> owners;
         for (int i = 0; i < 10; ++i)
-        {
             ASSERT_EQ(1, items[i].runs.load()) << "item " << i << " ran once";
-            size_t g = 0;
-            while (g < owners.size() && owners[g] != items[i].thread)
-                ++g;
-            if (g == owners.size())
-            {
-                owners.push_back(items[i].thread);
-                groups.emplace_back();
-            }
-            groups[g].insert(i);
-        }
-        ASSERT_EQ(4u, groups.size()) << "three workers and the caller";
-        const std::set<std::set<int>> expected = {{0, 4, 8}, {1, 5, 9}, {2, 6}, {3, 7}};
-        EXPECT_EQ(expected, std::set<std::set<int>>(groups.begin(), groups.end()));
-        EXPECT_EQ(caller, items[3].thread) << "the caller is participant 3";
-        EXPECT_EQ(caller, items[7].thread);
-        EXPECT_NE(caller, items[0].thread);
+        // Participant p runs items p, p + 4, p + 8: three workers, then the caller as participant 3.
+        std::vector<unsigned long long> by(10);
+        for (int i = 0; i < 10; ++i)
+            by[i] = items[i].thread;
+        EXPECT_TRUE(by[0] == by[4] && by[4] == by[8] && by[1] == by[5] && by[5] == by[9] && by[2] == by[6]);
+        EXPECT_EQ(std::vector<unsigned long long>({caller, caller}), std::vector<unsigned long long>({by[3], by[7]}));
+        EXPECT_EQ(4u, std::set<unsigned long long>({by[0], by[1], by[2], by[3]}).size()) << "four participants";
     }
 
     // The four participants really run at the same time: four items meeting at one barrier finish.

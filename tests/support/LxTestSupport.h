@@ -34,7 +34,6 @@ public:
     int Count(const std::string& text, int type = -1) const;
     bool Contains(const std::string& text, int type = -1) const { return Count(text, type) > 0; }
     int ErrorCount() const;
-    const std::vector<std::pair<std::string, int>>& Lines() const { return m_lines; }
     std::string All() const;
     void Clear() { m_lines.clear(); }
 
