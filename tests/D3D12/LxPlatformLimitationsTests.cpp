@@ -30,15 +30,8 @@ bool Compiles(const char* what, const std::string& source, const char* entry, co
 
 void ExpectCompiles(bool limited, const char* what, const std::string& source, const char* entry, const char* target)
 {
-    const bool compiles = Compiles(what, source, entry, target);
-    if (limited)
-    {
-        EXPECT_FALSE(compiles) << what << " compiles now: drop the limitation";
-    }
-    else
-    {
-        EXPECT_TRUE(compiles) << what;
-    }
+    EXPECT_NE(limited, Compiles(what, source, entry, target))
+        << what << (limited ? " compiles now: drop the limitation" : " does not compile");
 }
 
 const char* const kGeometryShader = R"hlsl(
@@ -57,19 +50,12 @@ struct PatchConstants { float edges[3] : SV_TessFactor; float inside : SV_Inside
 PatchConstants Constants(InputPatch<CP, 3> patch)
 {
     PatchConstants o;
-    o.edges[0] = o.edges[1] = o.edges[2] = 2.0;
-    o.inside = 2.0;
+    o.edges[0] = o.edges[1] = o.edges[2] = o.inside = 2.0;
     return o;
 }
-[domain("tri")]
-[partitioning("integer")]
-[outputtopology("triangle_cw")]
-[outputcontrolpoints(3)]
+[domain("tri")] [partitioning("integer")] [outputtopology("triangle_cw")] [outputcontrolpoints(3)]
 [patchconstantfunc("Constants")]
-CP HSMain(InputPatch<CP, 3> patch, uint i : SV_OutputControlPointID)
-{
-    return patch[i];
-}
+CP HSMain(InputPatch<CP, 3> patch, uint i : SV_OutputControlPointID) { return patch[i]; }
 [domain("tri")]
 float4 DSMain(PatchConstants pc, float3 uvw : SV_DomainLocation, const OutputPatch<CP, 3> patch) : SV_Position
 {
@@ -109,11 +95,7 @@ void CSMain(uint3 id : SV_GroupThreadID)
 const char* const kAtomic = R"hlsl(
 RWByteAddressBuffer g_Counter : register(u0);
 [numthreads(8, 1, 1)]
-void CSMain(uint3 id : SV_DispatchThreadID)
-{
-    uint before;
-    g_Counter.InterlockedAdd(0, 1, before);
-}
+void CSMain(uint3 id : SV_DispatchThreadID) { uint before; g_Counter.InterlockedAdd(0, 1, before); }
 )hlsl";
 
 TEST(D3D12PlatformLimitations, DebugLayer)
@@ -121,10 +103,8 @@ TEST(D3D12PlatformLimitations, DebugLayer)
     ComPtr<ID3D12Debug> debug;
     const HRESULT hr = D3D12GetDebugInterface(IID_PPV_ARGS(&debug));
     // On Windows the layer exists only where the Graphics Tools are installed: no expectation there.
-    if (LxLimits::Applies(LxLimits::kNoDebugLayer))
-    {
-        EXPECT_TRUE(FAILED(hr)) << "D3D12GetDebugInterface works now: drop the limitation";
-    }
+    EXPECT_TRUE(!LxLimits::Applies(LxLimits::kNoDebugLayer) || FAILED(hr))
+        << "D3D12GetDebugInterface works now: drop the limitation";
     std::printf("[    INFO  ] D3D12GetDebugInterface returned %s\n", LxD3D12Test::HrText(hr).c_str());
 }
 
@@ -159,14 +139,8 @@ TEST(D3D12PlatformLimitations, LineDirective)
     // fxc writes "Included.fx(41,10)", vkd3d-shader would write "Included.fx:41:10".
     const bool mapped =
         errors.find("Included.fx(41,") != std::string::npos || errors.find("Included.fx:41:") != std::string::npos;
-    if (LxLimits::Applies(LxLimits::kLineDirectiveIgnored))
-    {
-        EXPECT_FALSE(mapped) << "#line is honoured now: drop the limitation\n" << errors;
-    }
-    else
-    {
-        EXPECT_TRUE(mapped) << errors;
-    }
+    const bool limited = LxLimits::Applies(LxLimits::kLineDirectiveIgnored);
+    EXPECT_NE(limited, mapped) << (limited ? "#line is honoured now: drop the limitation\n" : "") << errors;
 }
 
 TEST(D3D12PlatformLimitations, CompilerMessageFormat)
@@ -176,15 +150,9 @@ TEST(D3D12PlatformLimitations, CompilerMessageFormat)
                           "ps_5_0", &errors));
     const bool fxcForm =
         errors.find("LxTestShader.hlsl(2,") != std::string::npos && errors.find("error X") != std::string::npos;
-    if (LxLimits::Applies(LxLimits::kCompilerMessagesInOwnFormat))
-    {
-        EXPECT_FALSE(fxcForm) << "messages are in fxc's format now: drop the limitation\n" << errors;
-        EXPECT_NE(errors.find("LxTestShader.hlsl:2:"), std::string::npos) << errors;
-    }
-    else
-    {
-        EXPECT_TRUE(fxcForm) << errors;
-    }
+    const bool limited = LxLimits::Applies(LxLimits::kCompilerMessagesInOwnFormat);
+    EXPECT_NE(limited, fxcForm) << (limited ? "messages are in fxc's format now: drop the limitation\n" : "") << errors;
+    EXPECT_TRUE(!limited || errors.find("LxTestShader.hlsl:2:") != std::string::npos) << errors;
 }
 
 TEST(D3D12PlatformLimitations, OneFailingEntryPointFailsTheWholeSource)

@@ -11,39 +11,45 @@
 #include <string>
 #include <vector>
 
+namespace
+{
+// A parameter's storage as values of type T.
+template <class T>
+std::vector<T> Values(const LxEffectParameter& p)
+{
+    const T* data = static_cast<const T*>(p.GetDataPtr());
+    return std::vector<T>(data, data + p.GetParameterSize() / sizeof(T));
+}
+} // namespace
+
 TEST(LxEffectParameter, SizesNamesAndDefaults)
 {
-    const unsigned int sizes[] = {4, 4, 4, 16, 16, 16, 64};
-    const char* names[] = {"Float", "Int", "Bool", "Vector", "VectorI", "VectorB", "Matrix"};
-    for (unsigned int t = 0; t < LxEffectParameter::NUM_DATA_TYPES; ++t)
+    using P = LxEffectParameter;
+    for (unsigned int t = 0; t < P::NUM_DATA_TYPES; ++t)
     {
-        EXPECT_EQ(sizes[t], LxEffectParameter::GetDataTypeSize(LxEffectParameter::DataType(t)));
-        EXPECT_STREQ(names[t], LxEffectParameter::DataTypeToString(LxEffectParameter::DataType(t)));
-        LxEffectParameter::DataType back;
-        ASSERT_TRUE(LxEffectParameter::DataTypeFromString(names[t], back));
+        P::DataType back;
+        ASSERT_TRUE(P::DataTypeFromString(P::DataTypeToString(P::DataType(t)), back));
         EXPECT_EQ(t, static_cast<unsigned int>(back));
     }
-    LxEffectParameter::DataType unused;
-    EXPECT_FALSE(LxEffectParameter::DataTypeFromString("float", unused));
+    EXPECT_STREQ("VectorB", P::DataTypeToString(P::TYPE_VECTOR_BOOL));
+    P::DataType unused;
+    EXPECT_FALSE(P::DataTypeFromString("float", unused));
+    EXPECT_EQ(4u, P::GetDataTypeSize(P::TYPE_BOOL)); // bools are stored as 32-bit ints
+    EXPECT_EQ(128u, P("bones", P::TYPE_MATRIX, 2).GetParameterSize());
+    EXPECT_EQ(nullptr, P("f", 1.0f).GetDefaultValueMatrix());
 
-    LxEffectParameter bones("bones", LxEffectParameter::TYPE_MATRIX, 2);
-    EXPECT_EQ(128u, bones.GetParameterSize());
-    EXPECT_EQ(nullptr, LxEffectParameter("f", 1.0f).GetDefaultValueMatrix());
-
-    // SetToDefaultValue writes the default into every element: 3 vectors, 48 bytes.
-    LxEffectParameter palette("palette", LxVector4(1, 2, 3, 4), 3);
-    std::vector<float> zeros(12, 0.0f);
+    // SetToDefaultValue writes the default into every element.
+    P palette("palette", LxVector4(1, 2, 3, 4), 3);
+    const std::vector<float> zeros(12, 0.0f);
     palette.SetRawValue(zeros.data(), 48);
-    EXPECT_EQ(0.0f, static_cast<const float*>(palette.GetDataPtr())[11]);
+    EXPECT_EQ(zeros, Values<float>(palette));
     palette.SetToDefaultValue();
-    const float* v = static_cast<const float*>(palette.GetDataPtr());
-    for (int e = 0; e < 3; ++e)
-        EXPECT_EQ(LxVector4(1, 2, 3, 4), LxVector4(v + 4 * e));
+    EXPECT_EQ((std::vector<float>{1, 2, 3, 4, 1, 2, 3, 4, 1, 2, 3, 4}), Values<float>(palette));
 
-    LxEffectParameter flag("flag", true);
-    EXPECT_EQ(1, *static_cast<const int*>(flag.GetDataPtr()));
+    P flag("flag", true);
+    EXPECT_EQ(std::vector<int>{1}, Values<int>(flag));
     flag.SetBool(false);
-    EXPECT_EQ(0, *static_cast<const int*>(flag.GetDataPtr()));
+    EXPECT_EQ(std::vector<int>{0}, Values<int>(flag));
 }
 
 TEST(LxEffectParameter, TypedSettersCheckTypeAndIndex)
@@ -52,24 +58,22 @@ TEST(LxEffectParameter, TypedSettersCheckTypeAndIndex)
     LxEffectParameter counts("counts", 5, 2);
     counts.SetInt(9, 1);
     counts.SetInt(10, 2); // out of range: ignored
-    EXPECT_EQ(5, static_cast<const int*>(counts.GetDataPtr())[0]);
-    EXPECT_EQ(9, static_cast<const int*>(counts.GetDataPtr())[1]);
     counts.SetFloat(1.0f);
     EXPECT_TRUE(capture.Contains("LxEffectParameter::SetFloat: Effect parameter \"counts\" has type Int, not Float"));
-    EXPECT_EQ(5, static_cast<const int*>(counts.GetDataPtr())[0]);
+    EXPECT_EQ((std::vector<int>{5, 9}), Values<int>(counts));
 
     LxEffectParameter m("m", LxEffectParameter::TYPE_MATRIX);
-    float identity[16] = {};
+    std::vector<float> identity(16, 0.0f);
     identity[0] = identity[5] = identity[10] = identity[15] = 1.0f;
-    m.SetFloatMatrix(identity);
-    EXPECT_EQ(0, std::memcmp(identity, m.GetDataPtr(), 64));
+    m.SetFloatMatrix(identity.data());
+    EXPECT_EQ(identity, Values<float>(m));
     const int iv[4] = {1, -2, 3, -4};
-    LxEffectParameter vi("vi", LxEffectParameter::TYPE_VECTOR_INT, iv, 1);
-    EXPECT_EQ(LxVector4(1, -2, 3, -4), vi.GetDefaultValueVector());
+    EXPECT_EQ(LxVector4(1, -2, 3, -4),
+              LxEffectParameter("vi", LxEffectParameter::TYPE_VECTOR_INT, iv, 1).GetDefaultValueVector());
     const bool bv[4] = {true, false, false, true};
     LxEffectParameter vb("vb", LxEffectParameter::TYPE_VECTOR_BOOL);
     vb.SetBoolVector(bv);
-    EXPECT_EQ(1, static_cast<const int*>(vb.GetDataPtr())[3]);
+    EXPECT_EQ((std::vector<int>{1, 0, 0, 1}), Values<int>(vb));
 }
 
 namespace
@@ -442,22 +446,16 @@ TEST(LxEffect, BindingsByNameAndViewsMadeFromViewParams)
         "Texture2D tail < ViewParams = < MipSlice = 2, FirstArraySlice = 1 > >\n");
     ASSERT_TRUE(fx) << capture.All();
 
-    // Views made from the slot's view parameters.
-    ASSERT_TRUE(fx->BindTextureResource("t", tex));
-    const LxGPUResourceViewDescription& d = fx->GetBoundTexture("t")->GetDescription();
-    EXPECT_EQ(LX_VIEW_SAMPLING, d.viewType);
-    EXPECT_EQ(1u, d.resourceDesc.texture.firstMip);
-    EXPECT_EQ(2u, d.resourceDesc.texture.mipCount);
-    EXPECT_EQ(1u, d.resourceDesc.texture.firstSlice);
-    EXPECT_EQ(2u, d.resourceDesc.texture.sliceCount);
-    // A start without a count views the rest of the chain and the rest of the array.
-    ASSERT_TRUE(fx->BindTextureResource("tail", tex)) << capture.All();
-    const LxGPUResourceViewDescription whole = tex.GetDefaultViewDescription(LX_VIEW_SAMPLING);
-    const LxGPUResourceViewDescription& tail = fx->GetBoundTexture("tail")->GetDescription();
-    EXPECT_EQ(2u, tail.resourceDesc.texture.firstMip);
-    EXPECT_EQ(whole.resourceDesc.texture.mipCount - 2u, tail.resourceDesc.texture.mipCount);
-    EXPECT_EQ(1u, tail.resourceDesc.texture.firstSlice);
-    EXPECT_EQ(whole.resourceDesc.texture.sliceCount - 1u, tail.resourceDesc.texture.sliceCount);
+    // Views made from the slot's view parameters; a start without a count views the rest of the chain and the
+    // rest of the array.
+    ASSERT_TRUE(fx->BindTextureResource("t", tex) && fx->BindTextureResource("tail", tex)) << capture.All();
+    auto view = [&](unsigned short firstMip, unsigned short mips, unsigned short firstSlice, unsigned short slices)
+    {
+        return LxGPUResourceViewDescription(LX_VIEW_SAMPLING, LX_FORMAT_R8G8B8A8_UNORM, LxGPUResource::TEXTURE_2D_ARRAY,
+                                            LxGPUResourceDescription::Texture(firstMip, mips, firstSlice, slices));
+    };
+    EXPECT_EQ(view(1, 2, 1, 2), fx->GetBoundTexture("t")->GetDescription());
+    EXPECT_EQ(view(2, tex.GetMipCount() - 2, 1, 3), fx->GetBoundTexture("tail")->GetDescription());
     ASSERT_TRUE(fx->BindTextureResource("b", buffer));
     const LxGPUResourceViewDescription& bd = fx->GetBoundTexture("b")->GetDescription();
     EXPECT_EQ(LX_FORMAT_R32G32B32A32_FLOAT, bd.format);
