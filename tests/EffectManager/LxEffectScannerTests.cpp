@@ -41,38 +41,36 @@ TEST(LxEffectScanner, KeywordsAreWholeCaseSensitiveWords)
 
 TEST(LxEffectScanner, NumbersFollowTheLiteralRules)
 {
-    LxTest::LogCapture capture;
-    std::unique_ptr<LxEffect> fx = Parse("Int neg (-3)\nInt diff (3 - 1)\nInt hex (0xFf)\nInt negHex (-0x10)\n"
-                                         "Int bin (0b1001)\nFloat a (0.)\nFloat b (.5)\nFloat c (-1.5)\n"
-                                         "Int wrap (2147483647 + 1)\nInt prod (65536 * 65536)\n");
-    ASSERT_TRUE(fx) << capture.All();
-    EXPECT_EQ(-3, fx->GetParameter("neg")->GetDefaultValueInt());
-    EXPECT_EQ(2, fx->GetParameter("diff")->GetDefaultValueInt());
-    EXPECT_EQ(255, fx->GetParameter("hex")->GetDefaultValueInt());
-    EXPECT_EQ(-16, fx->GetParameter("negHex")->GetDefaultValueInt());
-    EXPECT_EQ(9, fx->GetParameter("bin")->GetDefaultValueInt());
-    EXPECT_FLOAT_EQ(0.0f, fx->GetParameter("a")->GetDefaultValueFloat());
-    EXPECT_FLOAT_EQ(0.5f, fx->GetParameter("b")->GetDefaultValueFloat());
-    EXPECT_FLOAT_EQ(-1.5f, fx->GetParameter("c")->GetDefaultValueFloat());
     // Integer arithmetic wraps at 32 bits rather than overflowing.
-    EXPECT_EQ(-2147483647 - 1, fx->GetParameter("wrap")->GetDefaultValueInt());
-    EXPECT_EQ(0, fx->GetParameter("prod")->GetDefaultValueInt());
+    const std::pair<const char*, int> ints[] = {{"-3", -3},          {"3 - 1", 2},  {"0xFf", 255},
+                                                {"-0x10", -16},      {"0b1001", 9}, {"2147483647 + 1", -2147483647 - 1},
+                                                {"65536 * 65536", 0}};
+    for (const auto& c : ints)
+    {
+        std::unique_ptr<LxEffect> fx = Parse(std::string("Int n (") + c.first + ")\n");
+        ASSERT_TRUE(fx) << c.first;
+        EXPECT_EQ(c.second, fx->GetParameter("n")->GetDefaultValueInt()) << c.first;
+    }
+    for (const auto& c : {std::make_pair("0.", 0.0f), std::make_pair(".5", 0.5f), std::make_pair("-1.5", -1.5f)})
+    {
+        std::unique_ptr<LxEffect> fx = Parse(std::string("Float f (") + c.first + ")\n");
+        ASSERT_TRUE(fx) << c.first;
+        EXPECT_FLOAT_EQ(c.second, fx->GetParameter("f")->GetDefaultValueFloat()) << c.first;
+    }
 
-    // "3 -1" is 3 followed by the literal -1; "1e5" is 1 followed by the identifier e5.
-    capture.Clear();
-    EXPECT_FALSE(Parse("Int n (3 -1)\n", "minus.fx"));
-    EXPECT_TRUE(capture.Contains("minus.fx(1) : syntax error, unexpected T_INTEGER")) << capture.All();
-    capture.Clear();
-    EXPECT_FALSE(Parse("Float f (1e5)\n", "exp.fx"));
-    EXPECT_TRUE(capture.Contains("exp.fx(1) : syntax error, unexpected T_ID")) << capture.All();
-    // Integer and float literals do not mix in one expression.
-    capture.Clear();
-    EXPECT_FALSE(Parse("Float f (1.0 + 1)\n", "mix.fx"));
-    EXPECT_TRUE(capture.Contains("mix.fx(1) : syntax error, unexpected T_INTEGER, expecting T_FLOAT or '('"))
-        << capture.All();
-    capture.Clear();
-    EXPECT_FALSE(Parse("Int n (4 / (2 - 2))\n", "div.fx"));
-    EXPECT_TRUE(capture.Contains("div.fx(1) : Division by zero in integer expression")) << capture.All();
+    // "3 -1" is 3 followed by the literal -1; "1e5" is 1 followed by the identifier e5; integer and float literals
+    // do not mix in one expression.
+    const std::pair<const char*, const char*> refused[] = {
+        {"Int n (3 -1)", "syntax error, unexpected T_INTEGER"},
+        {"Float f (1e5)", "syntax error, unexpected T_ID"},
+        {"Float f (1.0 + 1)", "syntax error, unexpected T_INTEGER, expecting T_FLOAT or '('"},
+        {"Int n (4 / (2 - 2))", "Division by zero in integer expression"}};
+    for (const auto& c : refused)
+    {
+        LxTest::LogCapture capture;
+        EXPECT_FALSE(Parse(std::string(c.first) + "\n", "n.fx")) << c.first;
+        EXPECT_TRUE(capture.Contains(std::string("n.fx(1) : ") + c.second)) << capture.All();
+    }
 }
 
 TEST(LxEffectScanner, StringsUnescapeAndComments)
