@@ -244,10 +244,6 @@ TEST(LxThread, StartOnceJoinAndRestart)
     ASSERT_TRUE(t.Start());
     EXPECT_TRUE(t.Join());
     EXPECT_EQ(2, runs.load());
-
-    const auto start = std::chrono::steady_clock::now();
-    LxThread::Sleep(30);
-    EXPECT_GE(MillisecondsSince(start), 25.0);
 }
 
 TEST(LxThread, AffinityBeforeAndAfterStart)
