@@ -110,7 +110,7 @@ TEST(LxLogManager, LineFormatForEveryTypeAndFileForm)
     EXPECT_EQ(r.types, (std::vector<int>{0, 1, 2, 3, 4}));
 }
 
-TEST(LxLogManager, ErrorsAreReportedOnceUntilReset)
+TEST(LxLogManager, ErrorsAreReportedOnceUntilResetAndTheSingletonIsMadeOnce)
 {
     Recorder r;
     LxLogManager& log = r.log;
@@ -132,6 +132,11 @@ TEST(LxLogManager, ErrorsAreReportedOnceUntilReset)
     LxLogManager::ResetLumexErrorLog();
     LX_ERROR("reported once %d", 1);
     EXPECT_EQ(capture.Count("reported once 1"), 2);
+    // The singleton is created on first use, once.
+    LxLogManager* first = LxLogManager::GetPtr();
+    EXPECT_EQ(first, &LxLogManager::GetRef());
+    LxLogManager::Init(false, true, LxString("ignored.txt")); // a second creation does nothing
+    EXPECT_EQ(LxLogManager::GetPtr(), first);
 }
 
 TEST(LxLogManager, ContinuationLinesAreIndentedUnderTheMessage)
@@ -268,12 +273,4 @@ TEST(LxLogManager, EditorOpensOnlyAfterWarningsOrWorse)
     off.ShowErrorLogInEditor();
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
     EXPECT_FALSE(LxTest::PathExists(dir + "/off.txt.opened"));
-}
-
-TEST(LxLogManager, SingletonIsCreatedOnFirstUse)
-{
-    LxLogManager* first = LxLogManager::GetPtr();
-    EXPECT_EQ(first, &LxLogManager::GetRef());
-    LxLogManager::Init(false, true, LxString("ignored.txt")); // a second creation does nothing
-    EXPECT_EQ(LxLogManager::GetPtr(), first);
 }

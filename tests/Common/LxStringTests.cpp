@@ -207,7 +207,7 @@ TEST(LxString, SearchingAndEditing)
     EXPECT_STREQ(mixed.Lower().c_str(), "mixed 123");
 }
 
-TEST(LxString, SplitAtAnyDelimiter)
+TEST(LxString, SplitAtAnyDelimiterAndPathPartsAtEitherSeparator)
 {
     LxArray<LxString> parts;
     LxString("a,b;;c,").Split(",;", parts);
@@ -219,10 +219,6 @@ TEST(LxString, SplitAtAnyDelimiter)
     ASSERT_EQ(parts.Count(), 4u);
     EXPECT_TRUE(parts[1].IsEmpty());
     EXPECT_TRUE(parts[3].IsEmpty());
-}
-
-TEST(LxString, PathPartsAcceptBothSeparators)
-{
     EXPECT_STREQ(LxString("a/b\\c.txt").GetDirectory().c_str(), "a/b");
     EXPECT_STREQ(LxString("a/b\\c.txt").GetFileName().c_str(), "c.txt");
     EXPECT_STREQ(LxString("c.txt").GetDirectory().c_str(), "");

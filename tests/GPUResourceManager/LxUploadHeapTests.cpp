@@ -112,7 +112,7 @@ TEST(UploadHeap, StraddlingAllocationRestartsAtTheBeginningAndPaysForTheTail)
     EXPECT_EQ(1024u - 324u, r.heap.GetFreeBytes());
 }
 
-TEST(UploadHeap, OversizedRequestsFailAtOnceWithoutWaiting)
+TEST(UploadHeap, OversizedRequestsAndHeapsWithoutMemoryFailAtOnce)
 {
     Ring r(1024);
     LxTest::LogCapture capture;
@@ -128,6 +128,12 @@ TEST(UploadHeap, OversizedRequestsFailAtOnceWithoutWaiting)
     LxTest::LogCapture again;
     EXPECT_EQ(-1, r.At(1024, 4096));
     EXPECT_TRUE(again.Contains("Allocation is greater than upload heap size"));
+    // Without memory nothing is handed out.
+    LxTest::LogCapture bare;
+    LxUploadHeap heap;
+    EXPECT_FALSE(heap.Allocate(16, 16, a));
+    EXPECT_FALSE(heap.InitializeRing(nullptr, 16, nullptr));
+    EXPECT_EQ(2, bare.ErrorCount());
 }
 
 TEST(UploadHeap, FramesRetireInOrderOnlyOnceTheirFenceCompletes)
@@ -207,16 +213,6 @@ TEST(UploadHeap, RecordQueueGrowsPastItsFirstSlots)
     ASSERT_TRUE(r.heap.InitializeRing(r.begin, 4096, nullptr));
     EXPECT_EQ(0u, r.heap.GetQueuedFrameCount());
     EXPECT_EQ(4096u, r.heap.GetFreeBytes());
-}
-
-TEST(UploadHeap, WithoutMemoryNothingIsHandedOut)
-{
-    LxTest::LogCapture capture;
-    LxUploadHeap heap;
-    LxUploadAllocation a;
-    EXPECT_FALSE(heap.Allocate(16, 16, a));
-    EXPECT_FALSE(heap.InitializeRing(nullptr, 16, nullptr));
-    EXPECT_EQ(2, capture.ErrorCount());
 }
 
 TEST(UploadHeapCache, PiecesComeFromOneBlockPerFrame)
