@@ -2,7 +2,6 @@
 // override techniques, app updates and the result hand-over.
 #include "EffectManager/LxEffectTestUtil.h"
 
-#include "EffectManager/LxEffectDrawContext.h"
 #include "EffectManager/LxOverrideTechniqueEffectBuilder.h"
 
 #include <gtest/gtest.h>
@@ -187,39 +186,6 @@ TEST(LxEffectBuilder, InheritedPassesAreClonedAndMayBeReopened)
         << capture.All();
 }
 
-namespace
-{
-class OverrideContext : public LxEffectDrawContext
-{
-public:
-    int GetActiveOverrideTechnique() const override { return active; }
-    void SetCurrentPass(LxEffect*, unsigned int) override {}
-    int active = -1;
-};
-
-class BindNamePass : public LxEffectPass
-{
-public:
-    using LxEffectPass::LxEffectPass;
-    bool Bind(LxEffect&) override
-    {
-        lastBound = this;
-        return true;
-    }
-    static const LxEffectPass* lastBound;
-};
-const LxEffectPass* BindNamePass::lastBound = nullptr;
-
-class BindNameBuilder : public LxEffectBuilder
-{
-public:
-    LxEffectPass* CreatePass(const LxString& name, LxEffectTechnique* technique) override
-    {
-        return new BindNamePass(name, technique);
-    }
-};
-} // namespace
-
 TEST(LxEffectBuilder, OverrideTechniquesAddPixelShaderPasses)
 {
     LxTest::LogCapture capture;
@@ -235,7 +201,7 @@ TEST(LxEffectBuilder, OverrideTechniquesAddPixelShaderPasses)
     LxArray<LxEffectTechnique*> list;
     list.Add(overrides->GetTechnique("Depth"));
     LxEffectDrawContext::SetGlobal(nullptr);
-    BindNameBuilder builder;
+    LxFxTest::RecordingBuilder builder;
     builder.SetOverrideTechniques(list);
     std::unique_ptr<LxEffect> fx = Parse("StartHLSL Shared\nfloat4 Shared() { return 0; }\nEndHLSL\n"
                                          "Technique T { Pass P { ZWriteEnable = true\n"
@@ -254,23 +220,23 @@ TEST(LxEffectBuilder, OverrideTechniquesAddPixelShaderPasses)
     EXPECT_TRUE(t->GetPass(0u)->FindRenderState("ZWriteEnable")->boolValue);
 
     // Begin substitutes the override pass while its technique is active.
-    OverrideContext context;
+    LxFxTest::RecordingDrawContext context;
     LxEffectDrawContext::SetGlobal(&context);
-    context.active = 0;
+    context.activeOverride = 0;
     ASSERT_TRUE(fx->Begin("T", nullptr));
     ASSERT_TRUE(fx->BeginPass(0));
-    EXPECT_EQ(overridePass, BindNamePass::lastBound);
+    EXPECT_EQ(overridePass, LxFxTest::RecordingPass::lastBound);
     fx->End();
-    context.active = -1;
+    context.activeOverride = -1;
     ASSERT_TRUE(fx->Begin("T", nullptr));
     ASSERT_TRUE(fx->BeginPass(0));
-    EXPECT_EQ(t->GetPass(0u), BindNamePass::lastBound);
+    EXPECT_EQ(t->GetPass(0u), LxFxTest::RecordingPass::lastBound);
     fx->End();
     LxEffectDrawContext::SetGlobal(nullptr);
 
     // An override that cannot be applied fails the effect with its own message.
     list.Add(overrides->GetTechnique("Broken"));
-    BindNameBuilder builder2;
+    LxFxTest::RecordingBuilder builder2;
     builder2.SetOverrideTechniques(list);
     EXPECT_FALSE(Parse("Technique T { Pass P { VertexShader() float4 main() : SV_Position { return 0; } "
                        "EndVertexShader } }\n",

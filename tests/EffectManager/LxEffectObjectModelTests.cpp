@@ -1,7 +1,6 @@
 // Object model tests: parameters, annotations, vertex layouts, view parameters and the drawing sequence.
 #include "EffectManager/LxEffectTestUtil.h"
 
-#include "EffectManager/LxEffectDrawContext.h"
 #include "EffectManager/LxScriptVariableSource.h"
 
 #include <gtest/gtest.h>
@@ -315,41 +314,7 @@ TEST(LxShaderResourceSlot, ViewParamsReadFloatsScriptVariablesAndChecks)
 
 namespace
 {
-// A pass that records what the effect asks of it, standing in for the platform pass.
-std::vector<std::string> g_calls;
-
-class RecordingPass : public LxEffectPass
-{
-public:
-    using LxEffectPass::LxEffectPass;
-    bool Bind(LxEffect& effect) override
-    {
-        g_calls.push_back("bind " + std::string(GetName().c_str()) + " of " + effect.GetName().c_str());
-        return true;
-    }
-    void Unbind(LxEffect&) override { g_calls.push_back("unbind " + std::string(GetName().c_str())); }
-};
-
-class RecordingBuilder : public LxEffectBuilder
-{
-public:
-    LxEffectPass* CreatePass(const LxString& name, LxEffectTechnique* technique) override
-    {
-        return new RecordingPass(name, technique);
-    }
-};
-
-class DrawContext : public LxEffectDrawContext
-{
-public:
-    int GetActiveOverrideTechnique() const override { return activeOverride; }
-    void SetCurrentPass(LxEffect* effect, unsigned int passIndex) override
-    {
-        g_calls.push_back("current " + std::to_string(passIndex) + " of " + effect->GetName().c_str());
-    }
-    int activeOverride = -1;
-};
-
+using LxFxTest::RecordingBuilder;
 const char* kTwoPasses = "Technique T\n{\n"
                          "  Pass A { VertexShader() float4 main() : SV_Position { return 0; } EndVertexShader }\n"
                          "  Pass B { VertexShader() float4 main() : SV_Position { return 0; } EndVertexShader }\n}\n"
@@ -362,9 +327,9 @@ TEST(LxEffect, DrawingSequenceBindsPassesThroughThePlatformPass)
     RecordingBuilder builder;
     std::unique_ptr<LxEffect> fx = LxFxTest::Parse(kTwoPasses, "draw.fx", &builder);
     ASSERT_TRUE(fx) << capture.All();
-    DrawContext context;
+    LxFxTest::RecordingDrawContext context;
     LxEffectDrawContext::SetGlobal(&context);
-    g_calls.clear();
+    LxFxTest::RecordingPass::Calls().clear();
 
     unsigned int passes = 0;
     ASSERT_TRUE(fx->Begin("T", &passes));
@@ -379,7 +344,7 @@ TEST(LxEffect, DrawingSequenceBindsPassesThroughThePlatformPass)
     LxEffectDrawContext::SetGlobal(nullptr);
     const std::vector<std::string> expected = {"current 0 of draw.fx", "bind A of draw.fx", "unbind A",
                                                "current 1 of draw.fx", "bind B of draw.fx", "unbind B"};
-    EXPECT_EQ(expected, g_calls);
+    EXPECT_EQ(expected, LxFxTest::RecordingPass::Calls());
     EXPECT_EQ(0, capture.ErrorCount()) << capture.All();
 }
 
