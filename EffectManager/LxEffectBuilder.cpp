@@ -450,6 +450,11 @@ void LxEffectBuilder::AddStreamMap(const LxString& name, const LxArray<LxString>
 
 void LxEffectBuilder::StartTechnique(const LxString& name, bool isBase, bool isCompute)
 {
+    OpenTechnique(name, isBase, isCompute, nullptr);
+}
+
+void LxEffectBuilder::OpenTechnique(const LxString& name, bool isBase, bool isCompute, LxEffectTechnique* base)
+{
     LxEffect* effect = GetCurrentEffect();
     if (m_pCurrentTechnique)
     {
@@ -463,11 +468,11 @@ void LxEffectBuilder::StartTechnique(const LxString& name, bool isBase, bool isC
         ParseError("Technique redefinition: %s", name.c_str());
         m_bTechniqueOrphan = true;
     }
-    m_pCurrentTechnique = CreateTechnique(name, isBase, isCompute, nullptr);
+    m_pCurrentTechnique = CreateTechnique(name, isBase, isCompute, base);
     if (!m_pCurrentTechnique)
     {
         ParseError("Error creating technique: %s", name.c_str());
-        m_pCurrentTechnique = new LxEffectTechnique(name, effect, isBase, isCompute, nullptr);
+        m_pCurrentTechnique = new LxEffectTechnique(name, effect, isBase, isCompute, base);
         m_bTechniqueOrphan = true;
     }
     m_inheritedPasses.Clear();
@@ -492,28 +497,7 @@ void LxEffectBuilder::StartInheritedTechnique(const LxString& name, const LxStri
         StartTechnique(name, isBase, isCompute);
         return;
     }
-    LxEffect* effect = GetCurrentEffect();
-    if (m_pCurrentTechnique)
-    {
-        ParseError("Nested techniques are not allowed. Currently active technique is \"%s\"",
-                   m_pCurrentTechnique->GetName().c_str());
-        AbandonOpenScopes();
-    }
-    m_bTechniqueOrphan = false;
-    if (effect->GetTechnique(name))
-    {
-        ParseError("Technique redefinition: %s", name.c_str());
-        m_bTechniqueOrphan = true;
-    }
-    m_pCurrentTechnique = CreateTechnique(name, isBase, isCompute, base);
-    if (!m_pCurrentTechnique)
-    {
-        ParseError("Error creating technique: %s", name.c_str());
-        m_pCurrentTechnique = new LxEffectTechnique(name, effect, isBase, isCompute, base);
-        m_bTechniqueOrphan = true;
-    }
-    m_inheritedPasses.Clear();
-    m_passNamesOpened.Clear();
+    OpenTechnique(name, isBase, isCompute, base);
     // Every pass of the base is cloned; the derived technique may reopen a pass by name to change it.
     for (unsigned int i = 0; i < base->GetNumPasses(); ++i)
     {

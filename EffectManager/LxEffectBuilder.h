@@ -166,6 +166,8 @@ protected:
     virtual bool CheckAndFinalizePass(LxEffectPass* pass);
 
 private:
+    // The common part of StartTechnique and StartInheritedTechnique (base null for a plain technique).
+    void OpenTechnique(const LxString& name, bool isBase, bool isCompute, LxEffectTechnique* base);
     template <class T>
     void AddParameterImpl(const LxString& name, LxEffectParameter::DataType type, unsigned int count, bool isArray,
                           const LxArray<T>* values, const LxAnnotationMap* annotations);
