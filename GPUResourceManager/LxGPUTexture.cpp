@@ -79,6 +79,15 @@ bool LxGPUTexture::EndMap(unsigned subresource)
     return true;
 }
 
+bool LxGPUTexture::FinishMap(unsigned subresource, bool mapped)
+{
+    if (!mapped)
+    {
+        m_mappedSubresources.Remove(subresource);
+    }
+    return mapped;
+}
+
 bool LxGPUTexture::Unmap(unsigned mip, unsigned slice)
 {
     const unsigned subresource = GetSubresourceIndex(mip, slice);

@@ -89,6 +89,8 @@ protected:
     bool BeginMap(MapType type, unsigned subresource);
     // Marks a subresource unmapped; false (logged) when it was not mapped.
     bool EndMap(unsigned subresource);
+    // Passes on the platform map's result; a failed platform map leaves the subresource unmapped again.
+    bool FinishMap(unsigned subresource, bool mapped);
     bool IsSubresourceMapped(unsigned subresource) const { return m_mappedSubresources.Contains(subresource); }
     // The platform's unmap of one subresource (base: IMPLEMENT ME).
     virtual bool APIUnmap(unsigned subresource);

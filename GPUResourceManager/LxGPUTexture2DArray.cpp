@@ -24,12 +24,7 @@ bool LxGPUTexture2DArray::Map(MapType type, unsigned mip, unsigned slice, LxMapp
     {
         return false;
     }
-    if (!APIMap(type, subresource, out))
-    {
-        EndMap(subresource);
-        return false;
-    }
-    return true;
+    return FinishMap(subresource, APIMap(type, subresource, out));
 }
 
 bool LxGPUTexture2DArray::APIMap(MapType, unsigned, LxMappedSurface*)

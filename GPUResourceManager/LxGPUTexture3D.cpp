@@ -40,12 +40,7 @@ bool LxGPUTexture3D::Map(MapType type, unsigned mip, LxMappedVolume* out)
     {
         return false;
     }
-    if (!APIMap(type, subresource, out))
-    {
-        EndMap(subresource);
-        return false;
-    }
-    return true;
+    return FinishMap(subresource, APIMap(type, subresource, out));
 }
 
 bool LxGPUTexture3D::APIMap(MapType, unsigned, LxMappedVolume*)

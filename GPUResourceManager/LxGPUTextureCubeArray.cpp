@@ -23,12 +23,7 @@ bool LxGPUTextureCubeArray::Map(MapType type, CubeMapFace face, unsigned mip, un
     {
         return false;
     }
-    if (!APIMap(type, subresource, out))
-    {
-        EndMap(subresource);
-        return false;
-    }
-    return true;
+    return FinishMap(subresource, APIMap(type, subresource, out));
 }
 
 bool LxGPUTextureCubeArray::APIMap(MapType, unsigned, LxMappedSurface*)

@@ -27,6 +27,20 @@ const char* const kPatchNames[32] = {"PATCH_1",  "PATCH_2",  "PATCH_3",  "PATCH_
 // Direct3D primitive topology values of the first nine primitive types.
 const unsigned kTopologies[LxRenderManager::PRIM_PATCH_1] = {1, 2, 3, 4, 5, 10, 11, 12, 13};
 const unsigned kFirstPatchTopology = 33;
+
+// Hands out the four values of a viewport or scissor rectangle; a null pointer skips its value.
+template <class T>
+void CopyRect(const T (&rect)[4], T* x, T* y, T* width, T* height)
+{
+    T* const out[4] = {x, y, width, height};
+    for (int i = 0; i < 4; ++i)
+    {
+        if (out[i])
+        {
+            *out[i] = rect[i];
+        }
+    }
+}
 } // namespace
 
 // --- primitive types -------------------------------------------------------------------------------------------------
@@ -223,14 +237,7 @@ void LxRenderManager::Viewport(float x, float y, float width, float height)
 
 void LxRenderManager::GetViewport(float* x, float* y, float* width, float* height) const
 {
-    if (x)
-        *x = m_viewport[0];
-    if (y)
-        *y = m_viewport[1];
-    if (width)
-        *width = m_viewport[2];
-    if (height)
-        *height = m_viewport[3];
+    CopyRect(m_viewport, x, y, width, height);
 }
 
 void LxRenderManager::Scissor(unsigned x, unsigned y, unsigned width, unsigned height)
@@ -244,14 +251,7 @@ void LxRenderManager::Scissor(unsigned x, unsigned y, unsigned width, unsigned h
 
 void LxRenderManager::GetScissor(unsigned* x, unsigned* y, unsigned* width, unsigned* height) const
 {
-    if (x)
-        *x = m_scissor[0];
-    if (y)
-        *y = m_scissor[1];
-    if (width)
-        *width = m_scissor[2];
-    if (height)
-        *height = m_scissor[3];
+    CopyRect(m_scissor, x, y, width, height);
 }
 
 void LxRenderManager::ViewportAndScissor(unsigned x, unsigned y, unsigned width, unsigned height)
