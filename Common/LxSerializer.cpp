@@ -52,38 +52,34 @@ bool LxSerializer::CheckFile() const
     return true;
 }
 
-bool LxSerializer::ReadCounted(void* values, unsigned int elementSize, unsigned int count)
+bool LxSerializer::PrepareTransfer(const void* values, unsigned int elementSize, unsigned int count,
+                                   unsigned int& bytes) const
 {
-    if (!CheckFile())
+    bytes = 0;
+    if (!CheckFile() || !ByteCount(elementSize, count, bytes))
         return false;
-    unsigned int bytes = 0;
-    if (!ByteCount(elementSize, count, bytes))
-        return false;
-    if (bytes == 0)
-        return true;
-    if (!values)
+    if (bytes != 0 && !values)
     {
         LX_ERROR("Buffer pointer is NULL!\n");
         return false;
     }
-    return m_pFile->Read(values, bytes) == bytes;
+    return true;
+}
+
+bool LxSerializer::ReadCounted(void* values, unsigned int elementSize, unsigned int count)
+{
+    unsigned int bytes = 0;
+    if (!PrepareTransfer(values, elementSize, count, bytes))
+        return false;
+    return bytes == 0 || m_pFile->Read(values, bytes) == bytes;
 }
 
 bool LxSerializer::WriteCounted(const void* values, unsigned int elementSize, unsigned int count)
 {
-    if (!CheckFile())
-        return false;
     unsigned int bytes = 0;
-    if (!ByteCount(elementSize, count, bytes))
+    if (!PrepareTransfer(values, elementSize, count, bytes))
         return false;
-    if (bytes == 0)
-        return true;
-    if (!values)
-    {
-        LX_ERROR("Buffer pointer is NULL!\n");
-        return false;
-    }
-    return m_pFile->Write(values, bytes);
+    return bytes == 0 || m_pFile->Write(values, bytes);
 }
 
 bool LxSerializer::ReadUInt8(unsigned char* values, unsigned int count)
@@ -163,15 +159,11 @@ bool LxSerializer::WriteData(const LxMemoryBuffer& buffer)
 
 bool LxSerializer::ReadBool(bool* values, unsigned int count)
 {
-    if (!CheckFile())
+    unsigned int size = 0;
+    if (!PrepareTransfer(values, 1, count, size))
         return false;
-    if (count == 0)
+    if (size == 0)
         return true;
-    if (!values)
-    {
-        LX_ERROR("Buffer pointer is NULL!\n");
-        return false;
-    }
     // Bytes first: a bool object may only hold 0 or 1, whatever byte the file has.
     unsigned char* bytes = static_cast<unsigned char*>(LxTryMalloc(count));
     if (!bytes)
@@ -191,15 +183,11 @@ bool LxSerializer::ReadBool(bool* values, unsigned int count)
 
 bool LxSerializer::WriteBool(const bool* values, unsigned int count)
 {
-    if (!CheckFile())
+    unsigned int size = 0;
+    if (!PrepareTransfer(values, 1, count, size))
         return false;
-    if (count == 0)
+    if (size == 0)
         return true;
-    if (!values)
-    {
-        LX_ERROR("Buffer pointer is NULL!\n");
-        return false;
-    }
     unsigned char* bytes = static_cast<unsigned char*>(LxTryMalloc(count));
     if (!bytes)
     {

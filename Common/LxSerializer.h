@@ -78,6 +78,9 @@ protected:
 private:
     // Logs "File handle is invalid!\n" when no open file is attached.
     bool CheckFile() const;
+    // The checks of every counted transfer: an open file, a byte size that fits 32 bits, a buffer unless nothing
+    // moves. bytes receives the size; 0 means succeed without touching the file.
+    bool PrepareTransfer(const void* values, unsigned int elementSize, unsigned int count, unsigned int& bytes) const;
     bool ReadCounted(void* values, unsigned int elementSize, unsigned int count);
     bool WriteCounted(const void* values, unsigned int elementSize, unsigned int count);
 
