@@ -19,7 +19,7 @@ void DeleteGlobalArchive()
 
 LxArchive* LxArchive::Create(const LxString& path)
 {
-    if (path.Length() >= 4 && (path.EndsWithNoCase(".zip") || path.EndsWithNoCase(".lmx")))
+    if (path.GetLength() >= 4 && (path.EndsWithNoCase(".zip") || path.EndsWithNoCase(".lmx")))
         return new LxZipArchive(path);
     return new LxFileSystemArchive(path);
 }

@@ -50,15 +50,15 @@ public:
         return *this;
     }
 
-    unsigned int Count() const { return m_nCount; }
-    unsigned int Capacity() const { return m_nCapacity; }
+    unsigned int GetCount() const { return m_nCount; }
+    unsigned int GetCapacity() const { return m_nCapacity; }
     bool IsEmpty() const { return m_nCount == 0; }
-    T* Data() { return m_pData; }
-    const T* Data() const { return m_pData; }
+    T* GetData() { return m_pData; }
+    const T* GetData() const { return m_pData; }
     T& operator[](unsigned int i) { return m_pData[i]; }
     const T& operator[](unsigned int i) const { return m_pData[i]; }
-    T& Last() { return m_pData[m_nCount - 1]; }
-    const T& Last() const { return m_pData[m_nCount - 1]; }
+    T& GetLast() { return m_pData[m_nCount - 1]; }
+    const T& GetLast() const { return m_pData[m_nCount - 1]; }
     T* begin() { return m_pData; }
     T* end() { return m_pData + m_nCount; }
     const T* begin() const { return m_pData; }

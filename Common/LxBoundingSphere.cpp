@@ -46,9 +46,9 @@ void LxBoundingSphere::Transform(const LxMatrix4& m, LxBoundingSphere* out) cons
         *out = LxBoundingSphere();
         return;
     }
-    const float sx = LxVector3(m.Data()).SquaredLength();
-    const float sy = LxVector3(m.Data() + 4).SquaredLength();
-    const float sz = LxVector3(m.Data() + 8).SquaredLength();
+    const float sx = LxVector3(m.GetData()).SquaredLength();
+    const float sy = LxVector3(m.GetData() + 4).SquaredLength();
+    const float sz = LxVector3(m.GetData() + 8).SquaredLength();
     const float largest = std::sqrt(sx > sy ? (sx > sz ? sx : sz) : (sy > sz ? sy : sz));
     out->Set(m.TransformPoint(m_center), m_radius * largest);
 }

@@ -4,8 +4,8 @@
 
 LxClock::LxClock(const LxTimeSource* source) : m_pTimeSource(source), m_dFilteredDuration(0.03)
 {
-    m_history.PushBack(m_dInitialDuration);
-    m_history.PushBack(0.0);
+    m_history.Add(m_dInitialDuration);
+    m_history.Add(0.0);
     m_dStartSourceTime = ReadSource();
 }
 
@@ -25,13 +25,13 @@ void LxClock::FrameStep()
     const double raw = t - m_dLastSourceTime;
     m_dLastSourceTime = t;
 
-    m_history.PushBack(raw);
-    while (m_history.Count() > static_cast<unsigned int>(m_nWindowSize))
-        m_history.PopFront();
+    m_history.Add(raw);
+    while (m_history.GetCount() > static_cast<unsigned int>(m_nWindowSize))
+        m_history.RemoveFirst();
     double sum = 0.0;
     for (double d : m_history)
         sum += d;
-    m_dFilteredDuration = sum / m_history.Count();
+    m_dFilteredDuration = sum / m_history.GetCount();
 
     m_dFrameDuration = m_bSmoothTime ? m_dFilteredDuration : raw;
     m_dPreviousTime = m_dCurrentTime;
@@ -66,7 +66,7 @@ void LxClock::GetMinMaxFrameDuration(double* min, double* max) const
 void LxClock::RestartHistory(double value)
 {
     m_history.Clear();
-    m_history.PushBack(value);
+    m_history.Add(value);
 }
 
 void LxClock::ClearFrameHistory()

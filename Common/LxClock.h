@@ -34,7 +34,7 @@ public:
     double GetFrameRate() const;
     // The smallest and largest raw durations in the history (either pointer may be null).
     void GetMinMaxFrameDuration(double* min, double* max) const;
-    unsigned int GetFrameHistoryCount() const { return m_history.Count(); }
+    unsigned int GetFrameHistoryCount() const { return m_history.GetCount(); }
 
     void ClearFrameHistory();
     // Window of `windowSize` frames (at least 1); restarts the history with `initialDuration`.

@@ -108,13 +108,13 @@ void LxFile::SplitTextLines(const char* text, unsigned int size, LxList<LxString
         const char c = text[i];
         if (c != '\r' && c != '\n')
             continue;
-        lines.PushBack(LxString(text + start, i - start));
+        lines.Add(LxString(text + start, i - start));
         if (c == '\r' && i + 1 < size && text[i + 1] == '\n')
             ++i; // CR LF is one line end; LF CR stays two
         start = i + 1;
     }
     if (start < size)
-        lines.PushBack(LxString(text + start, size - start));
+        lines.Add(LxString(text + start, size - start));
 }
 
 bool LxFile::ReadTextLines(LxList<LxString>& lines)
@@ -142,7 +142,7 @@ LxString LxFile::ReadFileToString(LxFile& file)
     }
     unsigned int total = 0;
     for (const LxString& line : lines)
-        total += line.Length() + 1;
+        total += line.GetLength() + 1;
     result.Reserve(total + 1, false);
     for (const LxString& line : lines)
     {

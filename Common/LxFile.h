@@ -36,7 +36,7 @@ public:
     bool IsOpen() const { return m_bOpen; }
     const LxString& GetName() const { return m_name; }
     // The characters of text, without terminator.
-    bool Write(const LxString& text) { return Write(text.c_str(), text.Length()); }
+    bool Write(const LxString& text) { return Write(text.c_str(), text.GetLength()); }
 
     // A disk file opened with fopen(path, mode); the object is returned even when the open failed.
     static LxFile* Open(const LxString& path, const LxString& mode);

@@ -5,7 +5,7 @@
 
 LxFileSystemArchive::LxFileSystemArchive(const LxString& root) : m_root(NormalizeName(root))
 {
-    if (!m_root.IsEmpty() && m_root.Last() != '/')
+    if (!m_root.IsEmpty() && m_root.GetLast() != '/')
         m_root.Append('/');
 }
 
@@ -31,7 +31,7 @@ LxFile* LxFileSystemArchive::OpenFile(const LxString& name, const LxString& mode
 {
     const LxString path = GetFullPath(name);
     // Writing creates files in this folder; reading falls back to the global archive for missing files.
-    const bool reading = mode.Length() && mode[0] == 'r';
+    const bool reading = mode.GetLength() && mode[0] == 'r';
     if (!reading || LxPlatform::PathExists(path.c_str()))
     {
         LxFile* file = LxFile::Open(path, mode);

@@ -184,11 +184,11 @@ public:
         std::swap(m_comparer, o.m_comparer);
     }
 
-    unsigned int Count() const { return m_nUsed; }
+    unsigned int GetCount() const { return m_nUsed; }
     bool IsEmpty() const { return m_nUsed == 0; }
     // 0 until the first insertion allocates the table.
-    unsigned int SlotCount() const { return m_nSlots; }
-    unsigned int DeletedCount() const { return m_nDeleted; }
+    unsigned int GetSlotCount() const { return m_nSlots; }
+    unsigned int GetDeletedCount() const { return m_nDeleted; }
     float MaxLoadFactor() const { return m_fMaxLoadFactor; }
 
     iterator begin() { return iterator(this, NextOccupied(0)); }
@@ -265,7 +265,7 @@ public:
 
     // The state of a slot (for diagnostics and tests).
     SlotState GetSlotState(unsigned int slot) const { return SlotState(m_pStates[slot]); }
-    // The slot an entry lives in, or SlotCount() when absent.
+    // The slot an entry lives in, or GetSlotCount() when absent.
     unsigned int SlotOf(const Key& key) const { return FindSlot(key); }
 
 private:
@@ -444,8 +444,8 @@ public:
     bool Contains(const Key& key) const { return m_table.Contains(key); }
     bool Erase(const Key& key) { return m_table.Erase(key); }
     void Clear() { m_table.Clear(); }
-    unsigned int Count() const { return m_table.Count(); }
-    unsigned int SlotCount() const { return m_table.SlotCount(); }
+    unsigned int GetCount() const { return m_table.GetCount(); }
+    unsigned int GetSlotCount() const { return m_table.GetSlotCount(); }
     const_iterator begin() const { return m_table.begin(); }
     const_iterator end() const { return m_table.end(); }
 

@@ -81,7 +81,7 @@ public:
     LxList(const LxList& other)
     {
         for (const T& v : other)
-            PushBack(v);
+            Add(v);
     }
     LxList(LxList&& other) noexcept : m_pHead(other.m_pHead), m_pTail(other.m_pTail), m_nCount(other.m_nCount)
     {
@@ -95,7 +95,7 @@ public:
         {
             Clear();
             for (const T& v : other)
-                PushBack(v);
+                Add(v);
         }
         return *this;
     }
@@ -111,21 +111,21 @@ public:
         return *this;
     }
 
-    unsigned int Count() const { return m_nCount; }
+    unsigned int GetCount() const { return m_nCount; }
     bool IsEmpty() const { return m_nCount == 0; }
-    T& Front() { return m_pHead->value; }
-    T& Back() { return m_pTail->value; }
-    const T& Front() const { return m_pHead->value; }
-    const T& Back() const { return m_pTail->value; }
+    T& GetFirst() { return m_pHead->value; }
+    T& GetLast() { return m_pTail->value; }
+    const T& GetFirst() const { return m_pHead->value; }
+    const T& GetLast() const { return m_pTail->value; }
 
     iterator begin() { return iterator(m_pHead, this); }
     iterator end() { return iterator(nullptr, this); }
     const_iterator begin() const { return const_iterator(m_pHead); }
     const_iterator end() const { return const_iterator(nullptr); }
 
-    void PushBack(const T& v) { InsertBefore(end(), v); }
-    void PushBack(T&& v) { InsertBefore(end(), std::move(v)); }
-    void PushFront(const T& v) { InsertBefore(begin(), v); }
+    void Add(const T& v) { InsertBefore(end(), v); }
+    void Add(T&& v) { InsertBefore(end(), std::move(v)); }
+    void AddFront(const T& v) { InsertBefore(begin(), v); }
     // Inserts before `pos` (end() appends); returns the new element.
     template <class U>
     iterator InsertBefore(iterator pos, U&& v)
@@ -150,8 +150,8 @@ public:
         --m_nCount;
         return iterator(next, this);
     }
-    void PopFront() { Erase(begin()); }
-    void PopBack() { Erase(iterator(m_pTail, this)); }
+    void RemoveFirst() { Erase(begin()); }
+    void RemoveLast() { Erase(iterator(m_pTail, this)); }
     void Clear()
     {
         while (m_pHead)

@@ -146,9 +146,9 @@ void LxLogManager::LogMessage(const LxString& message, _LxLogMessageType type, c
     {
         // Continuation lines start under the first character of the message.
         LxString indent(text);
-        for (unsigned int i = 0; i < indent.Length(); ++i)
+        for (unsigned int i = 0; i < indent.GetLength(); ++i)
             indent[i] = ' ';
-        for (unsigned int i = 0; i < message.Length(); ++i)
+        for (unsigned int i = 0; i < message.GetLength(); ++i)
         {
             text.Append(message[i]);
             if (message[i] == '\n')

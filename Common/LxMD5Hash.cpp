@@ -186,13 +186,13 @@ LxString LxMD5Hash::ToString() const
 
 bool LxMD5Hash::FromString(const LxString& text, LxMD5Hash* out)
 {
-    if (text.Length() != 2 * MD5_HASH_LENGTH)
+    if (text.GetLength() != 2 * MD5_HASH_LENGTH)
         return false;
     unsigned char bytes[MD5_HASH_LENGTH];
     for (int i = 0; i < MD5_HASH_LENGTH; ++i)
     {
         long v = 0;
-        if (!text.Substring(2 * i, 2).ToInteger(v, 16) || v < 0 || v > 255)
+        if (!text.Substring(2 * i, 2).ToInteger(&v, 16) || v < 0 || v > 255)
             return false;
         bytes[i] = static_cast<unsigned char>(v);
     }

@@ -231,14 +231,6 @@ bool LxMatrix4::Inverse(LxMatrix4* out) const
     return true;
 }
 
-LxMatrix4 LxMatrix4::Inverse() const
-{
-    LxMatrix4 out;
-    if (!Inverse(&out))
-        out.MakeZero();
-    return out;
-}
-
 LxMatrix4 LxMatrix4::RigidInverse() const
 {
     LxMatrix4 out;

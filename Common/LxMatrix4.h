@@ -26,7 +26,7 @@ public:
     float operator[](unsigned int index) const { return m_m[index]; }
     float& operator()(unsigned int row, unsigned int column) { return m_m[column * 4 + row]; }
     float operator()(unsigned int row, unsigned int column) const { return m_m[column * 4 + row]; }
-    const float* Data() const { return m_m; }
+    const float* GetData() const { return m_m; }
     LxVector4 GetColumn(unsigned int c) const { return LxVector4(m_m + c * 4); }
     void SetColumn(unsigned int c, const LxVector4& v);
     LxVector4 GetRow(unsigned int r) const { return LxVector4(m_m[r], m_m[4 + r], m_m[8 + r], m_m[12 + r]); }
@@ -64,7 +64,6 @@ public:
     // --- derived matrices ---------------------------------------------------------------------------------------
     // The general inverse. A singular matrix (determinant 0 or not finite) has none: the first form returns the
     // zero matrix, the second returns false and leaves `out` untouched.
-    LxMatrix4 Inverse() const;
     bool Inverse(LxMatrix4* out) const;
     // The inverse of a rotation plus translation (orthonormal upper 3x3, bottom row 0 0 0 1): cheap and exact.
     LxMatrix4 RigidInverse() const;

@@ -20,7 +20,7 @@ public:
 
     float& operator[](unsigned int i) { return (&x)[i]; }
     float operator[](unsigned int i) const { return (&x)[i]; }
-    const float* Data() const { return &x; }
+    const float* GetData() const { return &x; }
     // The displacement from the origin.
     LxVector3 AsVector() const { return LxVector3(x, y, z); }
 

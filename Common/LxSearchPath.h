@@ -18,7 +18,7 @@ public:
     // Appends an archive and takes ownership of it.
     void AddArchive(LxArchive* archive);
     void ClearSearchPaths();
-    unsigned int GetArchiveCount() const { return m_archives.Count(); }
+    unsigned int GetArchiveCount() const { return m_archives.GetCount(); }
     LxArchive* GetArchive(unsigned int i) const { return m_archives[i]; }
 
     bool FileExists(const LxString& name, LxString* fullPath) const override;

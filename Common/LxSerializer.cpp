@@ -253,7 +253,7 @@ bool LxSerializer::WriteString(const LxStringT<char>& text)
 {
     if (!CheckFile())
         return false;
-    const unsigned int length = text.Length();
+    const unsigned int length = text.GetLength();
     if (!m_pFile->Write(&length, sizeof(length)))
     {
         LX_ERROR("Unable to write string's length!\n");
@@ -276,7 +276,7 @@ bool LxSerializer::ReadLine(LxStringT<char>& line, const LxStringT<char>& delimi
     if (!CheckFile())
         return false;
 
-    const unsigned int delimiterLength = delimiter.Length();
+    const unsigned int delimiterLength = delimiter.GetLength();
     for (;;)
     {
         char c;
@@ -287,13 +287,13 @@ bool LxSerializer::ReadLine(LxStringT<char>& line, const LxStringT<char>& delimi
             return true;
         }
         line.Append(c);
-        if (line.Length() >= delimiterLength &&
-            std::memcmp(line.c_str() + line.Length() - delimiterLength, delimiter.c_str(), delimiterLength) == 0)
+        if (line.GetLength() >= delimiterLength &&
+            std::memcmp(line.c_str() + line.GetLength() - delimiterLength, delimiter.c_str(), delimiterLength) == 0)
         {
-            line.Truncate(line.Length() - delimiterLength);
+            line.Truncate(line.GetLength() - delimiterLength);
             return true;
         }
-        if (line.Length() > maxLength)
+        if (line.GetLength() > maxLength)
             return true;
     }
 }
@@ -302,5 +302,5 @@ bool LxSerializer::WriteLine(const LxStringT<char>& text)
 {
     if (!CheckFile())
         return false;
-    return text.IsEmpty() || m_pFile->Write(text.c_str(), text.Length());
+    return text.IsEmpty() || m_pFile->Write(text.c_str(), text.GetLength());
 }

@@ -87,7 +87,7 @@ void LxStringT<Ch>::Reserve(unsigned int capacity, bool keepContents)
     Ch* data = AllocateBlock(capacity);
     if (keepContents)
     {
-        unsigned int keep = Length();
+        unsigned int keep = GetLength();
         if (keep > capacity - 1)
             keep = capacity - 1;
         std::memcpy(data, m_pData, keep * sizeof(Ch));
@@ -101,14 +101,14 @@ void LxStringT<Ch>::Reserve(unsigned int capacity, bool keepContents)
 template <class Ch>
 void LxStringT<Ch>::GrowTo(unsigned int capacity)
 {
-    if (capacity > Capacity())
+    if (capacity > GetCapacity())
         Reserve(capacity, true);
 }
 
 template <class Ch>
 void LxStringT<Ch>::Assign(const Ch* text, unsigned int length)
 {
-    if (length + 1 > Capacity())
+    if (length + 1 > GetCapacity())
     {
         // text may point into this string: build the new block before releasing the old one.
         Ch* data = AllocateBlock(length + 1);
@@ -127,8 +127,8 @@ void LxStringT<Ch>::Append(const Ch* text, unsigned int length)
 {
     if (length == 0)
         return;
-    const unsigned int l = Length();
-    if (l + length + 1 > Capacity())
+    const unsigned int l = GetLength();
+    if (l + length + 1 > GetCapacity())
     {
         Ch* data = AllocateBlock(l + length + 1);
         std::memcpy(data, m_pData, l * sizeof(Ch));
@@ -144,10 +144,10 @@ void LxStringT<Ch>::Append(const Ch* text, unsigned int length)
 template <class Ch>
 void LxStringT<Ch>::Append(Ch c)
 {
-    const unsigned int l = Length();
-    if (l + 2 > Capacity())
+    const unsigned int l = GetLength();
+    if (l + 2 > GetCapacity())
     {
-        const unsigned int cap = Capacity();
+        const unsigned int cap = GetCapacity();
         GrowTo(cap ? cap * 2 : 2);
     }
     m_pData[l] = c;
@@ -189,7 +189,7 @@ void LxStringT<Ch>::AppendFormatV(const char* fmt, va_list args)
     va_end(measure);
     if (n <= 0)
         return;
-    const unsigned int l = Length();
+    const unsigned int l = GetLength();
     GrowTo(l + static_cast<unsigned int>(n) + 1);
     std::vsnprintf(m_pData + l, static_cast<size_t>(n) + 1, fmt, args);
     SetLength(l + static_cast<unsigned int>(std::strlen(m_pData + l)));
@@ -219,8 +219,8 @@ template <class Ch>
 bool LxStringT<Ch>::Equals(const Ch* text) const
 {
     if (!text)
-        return Length() == 0;
-    const unsigned int n = Length();
+        return GetLength() == 0;
+    const unsigned int n = GetLength();
     for (unsigned int i = 0; i < n; ++i)
         if (text[i] != m_pData[i])
             return false;
@@ -230,8 +230,8 @@ bool LxStringT<Ch>::Equals(const Ch* text) const
 template <class Ch>
 bool LxStringT<Ch>::EqualsNoCase(const LxStringT& other) const
 {
-    const unsigned int n = Length();
-    if (n != other.Length())
+    const unsigned int n = GetLength();
+    if (n != other.GetLength())
         return false;
     for (unsigned int i = 0; i < n; ++i)
         if (AsciiLower(m_pData[i]) != AsciiLower(other.m_pData[i]))
@@ -242,7 +242,7 @@ bool LxStringT<Ch>::EqualsNoCase(const LxStringT& other) const
 template <class Ch>
 int LxStringT<Ch>::Compare(const LxStringT& other) const
 {
-    const unsigned int a = Length(), b = other.Length();
+    const unsigned int a = GetLength(), b = other.GetLength();
     const int c = std::memcmp(m_pData, other.m_pData, (a < b ? a : b) * sizeof(Ch));
     if (c)
         return c;
@@ -250,9 +250,9 @@ int LxStringT<Ch>::Compare(const LxStringT& other) const
 }
 
 template <class Ch>
-bool LxStringT<Ch>::ToInteger(long& out, int base) const
+bool LxStringT<Ch>::ToInteger(long* out, int base) const
 {
-    const unsigned int n = Length();
+    const unsigned int n = GetLength();
     if (n == 0)
         return false;
     char* end = nullptr;
@@ -263,24 +263,24 @@ bool LxStringT<Ch>::ToInteger(long& out, int base) const
         return false;
     if (used != n && !(used + 1 == n && (m_pData[used] == 'L' || m_pData[used] == 'l')))
         return false;
-    out = v;
+    *out = v;
     return true;
 }
 
 template <class Ch>
-bool LxStringT<Ch>::ToInteger(int& out, int base) const
+bool LxStringT<Ch>::ToInteger(int* out, int base) const
 {
     long v;
-    if (!ToInteger(v, base) || v != static_cast<long>(static_cast<int>(v)))
+    if (!ToInteger(&v, base) || v != static_cast<long>(static_cast<int>(v)))
         return false;
-    out = static_cast<int>(v);
+    *out = static_cast<int>(v);
     return true;
 }
 
 template <class Ch>
-bool LxStringT<Ch>::ToDouble(double& out) const
+bool LxStringT<Ch>::ToDouble(double* out) const
 {
-    if (Length() == 0)
+    if (GetLength() == 0)
         return false;
     char* end = nullptr;
     const double v = std::strtod(m_pData, &end);
@@ -290,21 +290,21 @@ bool LxStringT<Ch>::ToDouble(double& out) const
         ++end;
     if (*end)
         return false;
-    out = v;
+    *out = v;
     return true;
 }
 
 template <class Ch>
 void LxStringT<Ch>::ToUpper()
 {
-    for (unsigned int i = 0, n = Length(); i < n; ++i)
+    for (unsigned int i = 0, n = GetLength(); i < n; ++i)
         m_pData[i] = AsciiUpper(m_pData[i]);
 }
 
 template <class Ch>
 void LxStringT<Ch>::ToLower()
 {
-    for (unsigned int i = 0, n = Length(); i < n; ++i)
+    for (unsigned int i = 0, n = GetLength(); i < n; ++i)
         m_pData[i] = AsciiLower(m_pData[i]);
 }
 
@@ -327,7 +327,7 @@ LxStringT<Ch> LxStringT<Ch>::Lower() const
 template <class Ch>
 int LxStringT<Ch>::Find(const Ch* sub, unsigned int start) const
 {
-    const unsigned int n = Length();
+    const unsigned int n = GetLength();
     const unsigned int k = sub ? Measure(sub) : 0;
     if (start > n || k > n - start)
         return -1;
@@ -342,7 +342,7 @@ int LxStringT<Ch>::Find(const Ch* sub, unsigned int start) const
 template <class Ch>
 int LxStringT<Ch>::Find(Ch c, unsigned int start) const
 {
-    for (unsigned int i = start, n = Length(); i < n; ++i)
+    for (unsigned int i = start, n = GetLength(); i < n; ++i)
         if (m_pData[i] == c)
             return static_cast<int>(i);
     return -1;
@@ -351,7 +351,7 @@ int LxStringT<Ch>::Find(Ch c, unsigned int start) const
 template <class Ch>
 int LxStringT<Ch>::FindLast(Ch c) const
 {
-    for (unsigned int i = Length(); i > 0; --i)
+    for (unsigned int i = GetLength(); i > 0; --i)
         if (m_pData[i - 1] == c)
             return static_cast<int>(i - 1);
     return -1;
@@ -360,7 +360,7 @@ int LxStringT<Ch>::FindLast(Ch c) const
 template <class Ch>
 int LxStringT<Ch>::FindLastOf(const Ch* set) const
 {
-    for (unsigned int i = Length(); i > 0; --i)
+    for (unsigned int i = GetLength(); i > 0; --i)
         for (const Ch* s = set; *s; ++s)
             if (m_pData[i - 1] == *s)
                 return static_cast<int>(i - 1);
@@ -371,20 +371,20 @@ template <class Ch>
 bool LxStringT<Ch>::StartsWith(const Ch* prefix) const
 {
     const unsigned int k = Measure(prefix);
-    return k <= Length() && std::memcmp(m_pData, prefix, k * sizeof(Ch)) == 0;
+    return k <= GetLength() && std::memcmp(m_pData, prefix, k * sizeof(Ch)) == 0;
 }
 
 template <class Ch>
 bool LxStringT<Ch>::EndsWith(const Ch* suffix) const
 {
     const unsigned int k = Measure(suffix);
-    return k <= Length() && std::memcmp(m_pData + Length() - k, suffix, k * sizeof(Ch)) == 0;
+    return k <= GetLength() && std::memcmp(m_pData + GetLength() - k, suffix, k * sizeof(Ch)) == 0;
 }
 
 template <class Ch>
 bool LxStringT<Ch>::EndsWithNoCase(const Ch* suffix) const
 {
-    const unsigned int k = Measure(suffix), n = Length();
+    const unsigned int k = Measure(suffix), n = GetLength();
     if (k > n)
         return false;
     for (unsigned int i = 0; i < k; ++i)
@@ -411,7 +411,7 @@ unsigned int LxStringT<Ch>::Replace(const Ch* what, const Ch* with)
     }
     if (count)
     {
-        result.Append(m_pData + from, Length() - from);
+        result.Append(m_pData + from, GetLength() - from);
         *this = std::move(result);
     }
     return count;
@@ -421,7 +421,7 @@ template <class Ch>
 unsigned int LxStringT<Ch>::Replace(Ch what, Ch with)
 {
     unsigned int count = 0;
-    for (unsigned int i = 0, n = Length(); i < n; ++i)
+    for (unsigned int i = 0, n = GetLength(); i < n; ++i)
         if (m_pData[i] == what)
         {
             m_pData[i] = with;
@@ -433,7 +433,7 @@ unsigned int LxStringT<Ch>::Replace(Ch what, Ch with)
 template <class Ch>
 LxStringT<Ch> LxStringT<Ch>::Substring(unsigned int start, unsigned int count) const
 {
-    const unsigned int n = Length();
+    const unsigned int n = GetLength();
     if (start >= n)
         return LxStringT();
     if (count > n - start)
@@ -445,7 +445,7 @@ template <class Ch>
 void LxStringT<Ch>::TrimLeft()
 {
     unsigned int i = 0;
-    const unsigned int n = Length();
+    const unsigned int n = GetLength();
     while (i < n && IsBlank(m_pData[i]))
         ++i;
     if (i)
@@ -458,10 +458,10 @@ void LxStringT<Ch>::TrimLeft()
 template <class Ch>
 void LxStringT<Ch>::TrimRight()
 {
-    unsigned int n = Length();
+    unsigned int n = GetLength();
     while (n && IsBlank(m_pData[n - 1]))
         --n;
-    if (n != Length())
+    if (n != GetLength())
         SetLength(n);
 }
 
@@ -475,7 +475,7 @@ void LxStringT<Ch>::Trim()
 template <class Ch>
 void LxStringT<Ch>::Split(const Ch* delimiters, LxArray<LxStringT>& out, bool keepEmpty) const
 {
-    const unsigned int n = Length();
+    const unsigned int n = GetLength();
     unsigned int start = 0;
     for (unsigned int i = 0; i <= n; ++i)
     {
@@ -493,7 +493,7 @@ void LxStringT<Ch>::Split(const Ch* delimiters, LxArray<LxStringT>& out, bool ke
 template <class Ch>
 LxStringT<Ch> LxStringT<Ch>::GetDirectory() const
 {
-    for (unsigned int i = Length(); i > 0; --i)
+    for (unsigned int i = GetLength(); i > 0; --i)
         if (IsSeparator(m_pData[i - 1]))
             return LxStringT(m_pData, i - 1);
     return LxStringT();
@@ -502,21 +502,21 @@ LxStringT<Ch> LxStringT<Ch>::GetDirectory() const
 template <class Ch>
 LxStringT<Ch> LxStringT<Ch>::GetFileName() const
 {
-    for (unsigned int i = Length(); i > 0; --i)
+    for (unsigned int i = GetLength(); i > 0; --i)
         if (IsSeparator(m_pData[i - 1]))
-            return LxStringT(m_pData + i, Length() - i);
+            return LxStringT(m_pData + i, GetLength() - i);
     return *this;
 }
 
 template <class Ch>
 LxStringT<Ch> LxStringT<Ch>::GetExtension() const
 {
-    for (unsigned int i = Length(); i > 0; --i)
+    for (unsigned int i = GetLength(); i > 0; --i)
     {
         if (IsSeparator(m_pData[i - 1]))
             break;
         if (m_pData[i - 1] == '.')
-            return LxStringT(m_pData + i, Length() - i);
+            return LxStringT(m_pData + i, GetLength() - i);
     }
     return LxStringT();
 }

@@ -79,14 +79,14 @@ public:
     LxStringT() { Init(0); }
     LxStringT(const Ch* text) { InitFrom(text, text ? Measure(text) : 0); }
     LxStringT(const Ch* text, unsigned int length) { InitFrom(text, length); }
-    LxStringT(const LxStringT& other) { InitFrom(other.m_pData, other.Length()); }
+    LxStringT(const LxStringT& other) { InitFrom(other.m_pData, other.GetLength()); }
     LxStringT(LxStringT&& other) noexcept : m_pData(other.m_pData) { other.m_pData = EmptyRep(); }
     ~LxStringT() { Release(); }
 
     LxStringT& operator=(const LxStringT& other)
     {
         if (this != &other)
-            Assign(other.m_pData, other.Length());
+            Assign(other.m_pData, other.GetLength());
         return *this;
     }
     LxStringT& operator=(LxStringT&& other) noexcept
@@ -109,12 +109,12 @@ public:
     const Ch* c_str() const { return m_pData; }
     // Writable characters; after writing through it call SetLength (or keep the length unchanged).
     Ch* GetBuffer() { return m_pData; }
-    unsigned int Length() const { return Header()->length; }
-    unsigned int Capacity() const { return Header()->capacity; }
-    bool IsEmpty() const { return Length() == 0; }
+    unsigned int GetLength() const { return Header()->length; }
+    unsigned int GetCapacity() const { return Header()->capacity; }
+    bool IsEmpty() const { return GetLength() == 0; }
     Ch operator[](unsigned int i) const { return m_pData[i]; }
     Ch& operator[](unsigned int i) { return m_pData[i]; }
-    Ch Last() const { return Length() ? m_pData[Length() - 1] : Ch(0); }
+    Ch GetLast() const { return GetLength() ? m_pData[GetLength() - 1] : Ch(0); }
 
     // --- storage ------------------------------------------------------------------------------------------------
     // Makes the block hold `capacity` bytes (terminator included). With keepContents, at most capacity - 1
@@ -129,7 +129,7 @@ public:
     void Clear() { Assign(nullptr, 0); }
     void Truncate(unsigned int length)
     {
-        if (length < Length())
+        if (length < GetLength())
             SetLength(length);
     }
 
@@ -144,7 +144,7 @@ public:
 
     void Append(const Ch* text, unsigned int length);
     void Append(const Ch* text) { Append(text, text ? Measure(text) : 0); }
-    void Append(const LxStringT& other) { Append(other.m_pData, other.Length()); }
+    void Append(const LxStringT& other) { Append(other.m_pData, other.GetLength()); }
     void Append(Ch c);
     LxStringT& operator+=(const Ch* text)
     {
@@ -166,8 +166,8 @@ public:
     // Lengths first, then the characters a word at a time.
     bool Equals(const LxStringT& other) const
     {
-        const unsigned int n = Length() * static_cast<unsigned int>(sizeof(Ch));
-        if (n != other.Length() * sizeof(Ch))
+        const unsigned int n = GetLength() * static_cast<unsigned int>(sizeof(Ch));
+        if (n != other.GetLength() * sizeof(Ch))
             return false;
         const char* a = reinterpret_cast<const char*>(m_pData);
         const char* b = reinterpret_cast<const char*>(other.m_pData);
@@ -195,15 +195,15 @@ public:
     bool EqualsNoCase(const LxStringT& other) const;
     int Compare(const LxStringT& other) const;
     // h = h * 5 + c over the bytes taken as signed chars, unsigned 32-bit arithmetic.
-    unsigned int Hash() const { return LxHashStringBytes(m_pData, Length()); }
+    unsigned int Hash() const { return LxHashStringBytes(m_pData, GetLength()); }
 
     // --- conversion ---------------------------------------------------------------------------------------------
     // strtol in `base`; succeeds only when the whole text was used, or all of it but a last 'L'/'l'. On failure
     // `out` is left untouched. An empty string fails.
-    bool ToInteger(long& out, int base = 10) const;
-    bool ToInteger(int& out, int base = 10) const;
+    bool ToInteger(long* out, int base = 10) const;
+    bool ToInteger(int* out, int base = 10) const;
     // strtod over the whole text (surrounding blanks allowed); an empty string fails.
-    bool ToDouble(double& out) const;
+    bool ToDouble(double* out) const;
     void ToUpper();
     void ToLower();
     LxStringT Upper() const;
@@ -223,7 +223,7 @@ public:
     unsigned int Replace(Ch what, Ch with);
     LxStringT Substring(unsigned int start, unsigned int count = 0xFFFFFFFFu) const;
     LxStringT Left(unsigned int count) const { return Substring(0, count); }
-    LxStringT Right(unsigned int count) const { return count >= Length() ? *this : Substring(Length() - count, count); }
+    LxStringT Right(unsigned int count) const { return count >= GetLength() ? *this : Substring(GetLength() - count, count); }
     // Removes blanks, tabs, carriage returns and line feeds from both ends / one end.
     void Trim();
     void TrimLeft();

@@ -25,7 +25,7 @@ protected:
             m_start.Reset();
             if (m_pool.m_bQuit.load())
                 return 0;
-            RunShare(*m_pool.m_pItems, m_nIndex, m_pool.m_workers.Count() + 1);
+            RunShare(*m_pool.m_pItems, m_nIndex, m_pool.m_workers.GetCount() + 1);
             if (m_pool.m_busyWorkers.Decrement() == 0)
                 m_pool.m_completion.Signal();
         }
@@ -72,14 +72,14 @@ LxThreadPool::~LxThreadPool()
 
 void LxThreadPool::RunShare(const LxArray<LxWorkItem*>& items, unsigned int first, unsigned int stride)
 {
-    for (unsigned int i = first; i < items.Count(); i += stride)
+    for (unsigned int i = first; i < items.GetCount(); i += stride)
         if (items[i])
             items[i]->Execute();
 }
 
 void LxThreadPool::ExecuteWorkItems(const LxArray<LxWorkItem*>& items)
 {
-    const unsigned int n = m_workers.Count();
+    const unsigned int n = m_workers.GetCount();
     if (n == 0)
     {
         RunShare(items, 0, 1);

@@ -32,7 +32,7 @@ public:
     LxThreadPool& operator=(const LxThreadPool&) = delete;
 
     void ExecuteWorkItems(const LxArray<LxWorkItem*>& items);
-    unsigned int GetThreadCount() const { return m_workers.Count(); }
+    unsigned int GetThreadCount() const { return m_workers.GetCount(); }
 
 private:
     class Worker;

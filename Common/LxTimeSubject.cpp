@@ -51,7 +51,7 @@ unsigned int LxTimeSubject::GetObserverCount() const
 void LxTimeSubject::NotifyObservers()
 {
     ++m_nNotifyDepth;
-    const unsigned int count = m_observers.Count();
+    const unsigned int count = m_observers.GetCount();
     for (unsigned int i = 0; i < count; ++i)
         if (LxObserver* observer = m_observers[i])
             observer->Update(*this);

@@ -15,7 +15,7 @@ public:
 
     float& operator[](unsigned int i) { return (&x)[i]; }
     float operator[](unsigned int i) const { return (&x)[i]; }
-    const float* Data() const { return &x; }
+    const float* GetData() const { return &x; }
 
     LxVector2 operator+(const LxVector2& o) const { return LxVector2(x + o.x, y + o.y); }
     LxVector2 operator-(const LxVector2& o) const { return LxVector2(x - o.x, y - o.y); }

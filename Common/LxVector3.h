@@ -16,7 +16,7 @@ public:
 
     float& operator[](unsigned int i) { return (&x)[i]; }
     float operator[](unsigned int i) const { return (&x)[i]; }
-    const float* Data() const { return &x; }
+    const float* GetData() const { return &x; }
 
     LxVector3 operator+(const LxVector3& o) const { return LxVector3(x + o.x, y + o.y, z + o.z); }
     LxVector3 operator-(const LxVector3& o) const { return LxVector3(x - o.x, y - o.y, z - o.z); }

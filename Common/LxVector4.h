@@ -22,7 +22,7 @@ public:
 
     float& operator[](unsigned int i) { return (&x)[i]; }
     float operator[](unsigned int i) const { return (&x)[i]; }
-    const float* Data() const { return &x; }
+    const float* GetData() const { return &x; }
     LxVector3 XYZ() const { return LxVector3(x, y, z); }
 
     LxVector4 operator+(const LxVector4& o) const { return LxVector4(x + o.x, y + o.y, z + o.z, w + o.w); }

@@ -33,10 +33,10 @@ long long ZipTimeToTicks(const tm_unz& t)
 // fopen-style modes: r, w or a, then any of b, t and + (each at most once).
 bool IsValidMode(const LxString& mode, bool& reading)
 {
-    if (mode.IsEmpty() || mode.Length() > 4 || (mode[0] != 'r' && mode[0] != 'w' && mode[0] != 'a'))
+    if (mode.IsEmpty() || mode.GetLength() > 4 || (mode[0] != 'r' && mode[0] != 'w' && mode[0] != 'a'))
         return false;
     bool seen[3] = {false, false, false};
-    for (unsigned int i = 1; i < mode.Length(); ++i)
+    for (unsigned int i = 1; i < mode.GetLength(); ++i)
     {
         const int k = mode[i] == 'b' ? 0 : mode[i] == 't' ? 1 : mode[i] == '+' ? 2 : -1;
         if (k < 0 || seen[k])
@@ -112,7 +112,7 @@ bool LxZipArchive::BuildDirectory()
         if (unzGetCurrentFileInfo64(uf, &info, nullptr, 0, nullptr, 0, nullptr, 0) != UNZ_OK)
             return false;
         name.Resize(static_cast<unsigned int>(info.size_filename) + 1);
-        if (unzGetCurrentFileInfo64(uf, &info, name.Data(), info.size_filename + 1, nullptr, 0, nullptr, 0) != UNZ_OK)
+        if (unzGetCurrentFileInfo64(uf, &info, name.GetData(), info.size_filename + 1, nullptr, 0, nullptr, 0) != UNZ_OK)
             return false;
         unz64_file_pos pos;
         if (unzGetFilePos64(uf, &pos) != UNZ_OK)
@@ -125,7 +125,7 @@ bool LxZipArchive::BuildDirectory()
         entry.method = info.compression_method;
         entry.crc = info.crc;
         entry.time = ZipTimeToTicks(info.tmu_date);
-        m_directory.Insert(NormalizeName(LxString(name.Data(), static_cast<unsigned int>(info.size_filename))), entry);
+        m_directory.Insert(NormalizeName(LxString(name.GetData(), static_cast<unsigned int>(info.size_filename))), entry);
         ++walked;
         err = unzGoToNextFile(uf);
     }

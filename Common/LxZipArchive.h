@@ -32,7 +32,7 @@ public:
 
     bool IsValid() const { return m_pReader != nullptr || m_pWriter != nullptr; }
     bool IsWriting() const { return m_pWriter != nullptr; }
-    unsigned int GetEntryCount() const { return m_directory.Count(); }
+    unsigned int GetEntryCount() const { return m_directory.GetCount(); }
 
     // Where an entry lives and what its central directory says of it.
     struct EntryInfo

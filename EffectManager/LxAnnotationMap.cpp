@@ -5,14 +5,14 @@
 const LxAnnotationMap::Entry* LxAnnotationMap::FindEntry(const char* name, unsigned int length) const
 {
     for (const Entry& e : m_entries)
-        if (e.name.Length() == length && std::memcmp(e.name.c_str(), name, length) == 0)
+        if (e.name.GetLength() == length && std::memcmp(e.name.c_str(), name, length) == 0)
             return &e;
     return nullptr;
 }
 
 void LxAnnotationMap::SetValue(const LxString& name, const LxCountedPtr<LxAnnotationValue>& value)
 {
-    Entry* e = const_cast<Entry*>(FindEntry(name.c_str(), name.Length()));
+    Entry* e = const_cast<Entry*>(FindEntry(name.c_str(), name.GetLength()));
     if (e)
         e->value = value;
     else
@@ -21,7 +21,7 @@ void LxAnnotationMap::SetValue(const LxString& name, const LxCountedPtr<LxAnnota
 
 bool LxAnnotationMap::RemoveValue(const LxString& name)
 {
-    for (unsigned int i = 0; i < m_entries.Count(); ++i)
+    for (unsigned int i = 0; i < m_entries.GetCount(); ++i)
         if (m_entries[i].name == name)
         {
             m_entries.RemoveAt(i);

@@ -40,7 +40,7 @@ public:
     LxString LookupString(const LxString& path, const LxString& defaultValue) const;
     LxVector4 LookupVector(const LxString& path, const LxVector4& defaultValue) const;
 
-    unsigned int GetCount() const { return m_entries.Count(); }
+    unsigned int GetCount() const { return m_entries.GetCount(); }
     bool IsEmpty() const { return m_entries.IsEmpty(); }
     // Entries in insertion order.
     const LxString& GetName(unsigned int index) const { return m_entries[index].name; }

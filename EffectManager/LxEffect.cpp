@@ -57,7 +57,7 @@ void LxEffect::AddIncludedFile(const LxString& fileName)
 
 LxEffectTechnique* LxEffect::FindTechnique(unsigned int index) const
 {
-    for (unsigned int i = 0; i < m_techniques.Count(); ++i)
+    for (unsigned int i = 0; i < m_techniques.GetCount(); ++i)
     {
         LxEffectTechnique* t = m_techniques[i];
         if (t->IsBase())
@@ -71,7 +71,7 @@ LxEffectTechnique* LxEffect::FindTechnique(unsigned int index) const
 bool LxEffect::Finalize()
 {
     bool ok = true;
-    for (unsigned int m = 0; m < m_streamMaps.Count(); ++m)
+    for (unsigned int m = 0; m < m_streamMaps.GetCount(); ++m)
     {
         LxStreamMap* map = m_streamMaps[m];
         for (unsigned int s = 0; s < map->GetNumStreams(); ++s)
@@ -86,7 +86,7 @@ bool LxEffect::Finalize()
             map->SetStreamDecl(s, decl);
         }
     }
-    for (unsigned int i = 0; i < m_streams.Count(); ++i)
+    for (unsigned int i = 0; i < m_streams.GetCount(); ++i)
     {
         const LxVertexStreamDecl* decl = m_streams[i];
         LxCountedPtr<LxAnnotationValue> mimic = decl->GetAnnotations().LookupValue("Mimic");

@@ -53,19 +53,19 @@ public:
     const LxShaderCodeBlock* GetCodeBlock(const LxString& name) const;
 
     // Positional access, in declaration order.
-    unsigned int GetNumParameters() const { return m_parameters.Count(); }
+    unsigned int GetNumParameters() const { return m_parameters.GetCount(); }
     LxEffectParameter* GetParameter(unsigned int index) const { return m_parameters[index]; }
-    unsigned int GetNumTechniques() const { return m_techniques.Count(); }
+    unsigned int GetNumTechniques() const { return m_techniques.GetCount(); }
     LxEffectTechnique* GetTechnique(unsigned int index) const { return m_techniques[index]; }
-    unsigned int GetNumSamplers() const { return m_samplers.Count(); }
+    unsigned int GetNumSamplers() const { return m_samplers.GetCount(); }
     LxSampler* GetSampler(unsigned int index) const { return m_samplers[index]; }
-    unsigned int GetNumStreamMaps() const { return m_streamMaps.Count(); }
+    unsigned int GetNumStreamMaps() const { return m_streamMaps.GetCount(); }
     LxStreamMap* GetStreamMap(unsigned int index) const { return m_streamMaps[index]; }
-    unsigned int GetNumTextureSlots() const { return m_textureSlots.Count(); }
+    unsigned int GetNumTextureSlots() const { return m_textureSlots.GetCount(); }
     LxTextureSlot* GetTextureSlot(unsigned int index) const { return m_textureSlots[index]; }
-    unsigned int GetNumUAVSlots() const { return m_uavSlots.Count(); }
+    unsigned int GetNumUAVSlots() const { return m_uavSlots.GetCount(); }
     LxUAVSlot* GetUAVSlot(unsigned int index) const { return m_uavSlots[index]; }
-    unsigned int GetNumVertexStreamDecls() const { return m_streams.Count(); }
+    unsigned int GetNumVertexStreamDecls() const { return m_streams.GetCount(); }
     LxVertexStreamDecl* GetVertexStreamDecl(unsigned int index) const { return m_streams[index]; }
     const LxArray<LxShaderCodeBlock*>& GetCodeBlocks() const { return m_codeBlocks; }
     // The index-th technique that can be drawn (base techniques skipped), or null.

@@ -21,9 +21,9 @@ void FillDefault(LxEffectParameter::DataType type, const LxArray<float>* values,
     std::memset(out, 0, 64);
     if (!values)
         return;
-    const unsigned int n = values->Count() < 16 ? values->Count() : 16;
+    const unsigned int n = values->GetCount() < 16 ? values->GetCount() : 16;
     if (n) // an empty initializer "()" has no data at all
-        std::memcpy(out, values->Data(), n * sizeof(float));
+        std::memcpy(out, values->GetData(), n * sizeof(float));
     (void)type;
 }
 
@@ -32,9 +32,9 @@ void FillDefault(LxEffectParameter::DataType type, const LxArray<int>* values, u
     std::memset(out, 0, 64);
     if (!values)
         return;
-    const unsigned int n = values->Count() < 4 ? values->Count() : 4;
+    const unsigned int n = values->GetCount() < 4 ? values->GetCount() : 4;
     if (n)
-        std::memcpy(out, values->Data(), n * sizeof(int));
+        std::memcpy(out, values->GetData(), n * sizeof(int));
     (void)type;
 }
 
@@ -44,7 +44,7 @@ void FillDefault(LxEffectParameter::DataType type, const LxArray<bool>* values, 
     if (!values)
         return;
     int ints[4] = {0, 0, 0, 0};
-    for (unsigned int i = 0; i < values->Count() && i < 4; ++i)
+    for (unsigned int i = 0; i < values->GetCount() && i < 4; ++i)
         ints[i] = (*values)[i] ? 1 : 0;
     std::memcpy(out, ints, sizeof ints);
     (void)type;
@@ -222,7 +222,7 @@ void LxEffectBuilder::AddParameterImpl(const LxString& name, LxEffectParameter::
     }
     if (!CheckParameterName(name))
         return;
-    if (values && (!ValuesFitType<T>(type) || !CheckEffectParameterParameterCount(type, values->Count())))
+    if (values && (!ValuesFitType<T>(type) || !CheckEffectParameterParameterCount(type, values->GetCount())))
     {
         ParseError("Effect parameter %s: Invalid number of parameters in initializer for this data type.",
                    name.c_str());
@@ -552,7 +552,7 @@ void LxEffectBuilder::EndTechnique()
 void LxEffectBuilder::AppendOverridePasses()
 {
     LxEffectTechnique* technique = m_pCurrentTechnique;
-    for (unsigned int o = 0; o < m_overrideTechniques.Count(); ++o)
+    for (unsigned int o = 0; o < m_overrideTechniques.GetCount(); ++o)
     {
         const LxEffectTechnique* overrideTechnique = m_overrideTechniques[o];
         const LxEffectPass* overridePass = overrideTechnique ? overrideTechnique->GetPass(0u) : nullptr;
@@ -912,13 +912,13 @@ void LxEffectBuilder::AddBinaryShaderPair(const LxString& fileName)
         ParseError("%s", "No data in binary shader file \"%\"");
         return;
     }
-    LxMemoryBuffer* buffer = LxMemoryBuffer::Allocate(contents.Length());
+    LxMemoryBuffer* buffer = LxMemoryBuffer::Allocate(contents.GetLength());
     if (!buffer)
     {
         ParseError("%s", "Error reading data in binary shader file \"%\"");
         return;
     }
-    std::memcpy(buffer->GetData(), contents.c_str(), contents.Length());
+    std::memcpy(buffer->GetData(), contents.c_str(), contents.GetLength());
     if (!CompileBinaryShaderPair(fileName, LxCountedPtr<LxMemoryBuffer>(buffer)))
         SetParseError();
 }

@@ -21,12 +21,12 @@ const char* LxEffectParameter::DataTypeToString(DataType type)
     return static_cast<unsigned int>(type) < NUM_DATA_TYPES ? kDataTypeNames[type] : "Unknown";
 }
 
-bool LxEffectParameter::DataTypeFromString(const LxString& name, DataType& type)
+bool LxEffectParameter::DataTypeFromString(const LxString& name, DataType* type)
 {
     for (unsigned int i = 0; i < NUM_DATA_TYPES; ++i)
         if (name == kDataTypeNames[i])
         {
-            type = DataType(i);
+            *type = DataType(i);
             return true;
         }
     return false;
@@ -80,7 +80,7 @@ LxEffectParameter::LxEffectParameter(const LxString& name, bool defaultValue, un
 LxEffectParameter::LxEffectParameter(const LxString& name, const LxVector4& defaultValue, unsigned int count)
     : m_name(name), m_type(TYPE_VECTOR), m_nCount(count ? count : 1), m_bIsArray(false)
 {
-    Init(defaultValue.Data());
+    Init(defaultValue.GetData());
 }
 
 LxEffectParameter::~LxEffectParameter()
@@ -142,7 +142,7 @@ const void* LxEffectParameter::GetDefaultValuePtr() const
     case TYPE_BOOL:
         return &m_nDefault;
     case TYPE_VECTOR:
-        return m_pDefaultVector->Data();
+        return m_pDefaultVector->GetData();
     case TYPE_VECTOR_INT:
         return m_pDefaultIntVector;
     case TYPE_VECTOR_BOOL:
@@ -319,7 +319,7 @@ void LxEffectParameter::ReadColorConversion()
         unsigned int bits = 0;
         bool valid = mask->IsString() && !mask->GetString().IsEmpty();
         const LxString text = mask->IsString() ? mask->GetString() : LxString();
-        for (unsigned int i = 0; valid && i < text.Length(); ++i)
+        for (unsigned int i = 0; valid && i < text.GetLength(); ++i)
         {
             switch (text[i])
             {

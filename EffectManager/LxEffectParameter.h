@@ -50,7 +50,7 @@ public:
     // "Float", "Int", "Bool", "Vector", "VectorI", "VectorB", "Matrix" (the effect-file keywords).
     static const char* DataTypeToString(DataType type);
     // False for an unknown name.
-    static bool DataTypeFromString(const LxString& name, DataType& type);
+    static bool DataTypeFromString(const LxString& name, DataType* type);
     // Bytes of one element: 4, 4, 4, 16, 16, 16, 64.
     static unsigned int GetDataTypeSize(DataType type);
 

@@ -110,8 +110,8 @@ void LxEffectParser::Init(const LxString& fileName, const LxString& fileContents
 {
     m_fileName = fileName;
     // Room for the scanner's two end marks after the text (the string's terminator is the first).
-    m_contents.Reserve(fileContents.Length() + 2, false);
-    m_contents.Assign(fileContents.c_str(), fileContents.Length());
+    m_contents.Reserve(fileContents.GetLength() + 2, false);
+    m_contents.Assign(fileContents.c_str(), fileContents.GetLength());
     m_pBuilder = builder;
     if (builder)
     {
@@ -135,11 +135,11 @@ LxEffect* LxEffectParser::Parse()
     context.fileName = m_fileName;
     context.line = 1;
     // Defines may expand to a few times the file's own size, never to unbounded text.
-    context.expandedLimit = (1ull << 20) + 8ull * m_contents.Length();
+    context.expandedLimit = (1ull << 20) + 8ull * m_contents.GetLength();
     m_pContext = &context;
 
-    const unsigned int length = m_contents.Length();
-    if (m_contents.Capacity() < length + 2)
+    const unsigned int length = m_contents.GetLength();
+    if (m_contents.GetCapacity() < length + 2)
         m_contents.Reserve(length + 2, true);
     m_contents.GetBuffer()[length + 1] = 0;
     void* scanner = LxEffectScannerCreate(&context, m_contents.GetBuffer(), length);

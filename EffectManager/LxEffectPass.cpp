@@ -45,7 +45,7 @@ bool LxEffectPass::AddRenderState(const LxString& name, const LxStateValue& valu
 
 const LxStateValue* LxEffectPass::FindRenderState(const LxString& name) const
 {
-    for (unsigned int i = m_renderStates.Count(); i-- > 0;)
+    for (unsigned int i = m_renderStates.GetCount(); i-- > 0;)
         if (m_renderStates[i].name == name)
             return &m_renderStates[i].value;
     return nullptr;

@@ -53,7 +53,7 @@ public:
     // --- states and streams -------------------------------------------------------------------------------------
     // Records the state; the platform pass checks and applies it and returns false (after a message) to refuse.
     virtual bool AddRenderState(const LxString& name, const LxStateValue& value);
-    unsigned int GetNumRenderStates() const { return m_renderStates.Count(); }
+    unsigned int GetNumRenderStates() const { return m_renderStates.GetCount(); }
     const LxNamedState& GetRenderState(unsigned int index) const { return m_renderStates[index]; }
     // The last value given to `name`, or null.
     const LxStateValue* FindRenderState(const LxString& name) const;

@@ -25,7 +25,7 @@ void LxEffectTechnique::AppendPass(LxEffectPass* pass)
 
 void LxEffectTechnique::ReplacePass(unsigned int index, LxEffectPass* pass)
 {
-    if (index >= m_passes.Count())
+    if (index >= m_passes.GetCount())
     {
         delete pass;
         return;
@@ -43,7 +43,7 @@ LxEffectPass* LxEffectTechnique::GetPass(const LxString& name) const
 
 int LxEffectTechnique::GetPassIndex(const LxString& name) const
 {
-    for (unsigned int i = 0; i < m_passes.Count(); ++i)
+    for (unsigned int i = 0; i < m_passes.GetCount(); ++i)
         if (m_passes[i]->GetName() == name)
             return static_cast<int>(i);
     return -1;
@@ -56,21 +56,21 @@ void LxEffectTechnique::AppendOverridePass(unsigned int overrideIndex, LxEffectP
         delete pass;
         return;
     }
-    while (m_overridePasses.Count() <= overrideIndex)
+    while (m_overridePasses.GetCount() <= overrideIndex)
         m_overridePasses.Add(LxArray<LxEffectPass*>());
     m_overridePasses[overrideIndex].Add(pass);
 }
 
 LxEffectPass* LxEffectTechnique::GetOverridePass(unsigned int overrideIndex, unsigned int passIndex) const
 {
-    if (overrideIndex >= m_overridePasses.Count() || passIndex >= m_overridePasses[overrideIndex].Count())
+    if (overrideIndex >= m_overridePasses.GetCount() || passIndex >= m_overridePasses[overrideIndex].GetCount())
         return nullptr;
     return m_overridePasses[overrideIndex][passIndex];
 }
 
 void LxEffectTechnique::ReplaceOverridePass(unsigned int overrideIndex, unsigned int passIndex, LxEffectPass* pass)
 {
-    if (overrideIndex >= m_overridePasses.Count() || passIndex >= m_overridePasses[overrideIndex].Count())
+    if (overrideIndex >= m_overridePasses.GetCount() || passIndex >= m_overridePasses[overrideIndex].GetCount())
     {
         delete pass;
         return;
@@ -83,7 +83,7 @@ void LxEffectTechnique::ReplaceOverridePass(unsigned int overrideIndex, unsigned
 
 bool LxEffectTechnique::HasOverridePasses(unsigned int overrideIndex) const
 {
-    if (overrideIndex >= m_overridePasses.Count())
+    if (overrideIndex >= m_overridePasses.GetCount())
         return false;
     for (LxEffectPass* p : m_overridePasses[overrideIndex])
         if (p)

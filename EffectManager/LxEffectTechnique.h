@@ -29,7 +29,7 @@ public:
     bool IsCompute() const { return m_bIsCompute; }
 
     void AddProperty(const LxString& property) { m_properties.Add(property); }
-    unsigned int GetNumProperties() const { return m_properties.Count(); }
+    unsigned int GetNumProperties() const { return m_properties.GetCount(); }
     const LxString& GetProperty(unsigned int index) const { return m_properties[index]; }
     bool HasProperty(const LxString& property) const { return m_properties.Contains(property); }
 
@@ -37,8 +37,8 @@ public:
     void AppendPass(LxEffectPass* pass);
     // Deletes the pass at `index` and puts `pass` in its place (ownership taken).
     void ReplacePass(unsigned int index, LxEffectPass* pass);
-    unsigned int GetNumPasses() const { return m_passes.Count(); }
-    LxEffectPass* GetPass(unsigned int index) const { return index < m_passes.Count() ? m_passes[index] : nullptr; }
+    unsigned int GetNumPasses() const { return m_passes.GetCount(); }
+    LxEffectPass* GetPass(unsigned int index) const { return index < m_passes.GetCount() ? m_passes[index] : nullptr; }
     LxEffectPass* GetPass(const LxString& name) const;
     int GetPassIndex(const LxString& name) const;
 

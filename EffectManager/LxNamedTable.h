@@ -28,18 +28,18 @@ public:
         T* const* p = m_byName.FindValue(name);
         return p ? *p : nullptr;
     }
-    unsigned int Count() const { return m_ordered.Count(); }
-    T* operator[](unsigned int index) const { return index < m_ordered.Count() ? m_ordered[index] : nullptr; }
+    unsigned int GetCount() const { return m_ordered.GetCount(); }
+    T* operator[](unsigned int index) const { return index < m_ordered.GetCount() ? m_ordered[index] : nullptr; }
     int IndexOf(const T* object) const
     {
-        for (unsigned int i = 0; i < m_ordered.Count(); ++i)
+        for (unsigned int i = 0; i < m_ordered.GetCount(); ++i)
             if (m_ordered[i] == object)
                 return static_cast<int>(i);
         return -1;
     }
     void Clear()
     {
-        for (unsigned int i = m_ordered.Count(); i-- > 0;)
+        for (unsigned int i = m_ordered.GetCount(); i-- > 0;)
             delete m_ordered[i];
         m_ordered.Clear();
         m_byName.Clear();

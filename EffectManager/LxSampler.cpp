@@ -21,7 +21,7 @@ bool LxSampler::AddState(const LxString& name, const LxStateValue& value)
 
 const LxStateValue* LxSampler::FindState(const LxString& name) const
 {
-    for (unsigned int i = m_states.Count(); i-- > 0;)
+    for (unsigned int i = m_states.GetCount(); i-- > 0;)
         if (m_states[i].name == name)
             return &m_states[i].value;
     return nullptr;

@@ -25,12 +25,12 @@ public:
     const LxAnnotationMap& GetAnnotations() const { return m_annotations; }
 
     void AddTexture(LxTextureSlot* slot);
-    unsigned int GetNumTextures() const { return m_textures.Count(); }
+    unsigned int GetNumTextures() const { return m_textures.GetCount(); }
     LxTextureSlot* GetTexture(unsigned int index) const { return m_textures[index]; }
 
     // Records the state; false (after a message) when the platform sampler refuses it.
     virtual bool AddState(const LxString& name, const LxStateValue& value);
-    unsigned int GetNumStates() const { return m_states.Count(); }
+    unsigned int GetNumStates() const { return m_states.GetCount(); }
     const LxNamedState& GetState(unsigned int index) const { return m_states[index]; }
     // The last value given to `name`, or null.
     const LxStateValue* FindState(const LxString& name) const;

@@ -22,7 +22,7 @@ LxString DirectiveName(const char* text, unsigned int length, unsigned int keywo
 
 void LxShaderCodePreprocessor::AppendLineDirective(LxString& output, unsigned int line, const LxString& fileName)
 {
-    if (!output.IsEmpty() && output.Last() != '\n')
+    if (!output.IsEmpty() && output.GetLast() != '\n')
         output.Append('\n');
     LxString directive;
     directive.Format("#line %u \"%s\"\n", line, fileName.c_str());
@@ -38,7 +38,7 @@ void LxShaderCodePreprocessor::Report(const char* fmt, ...)
     va_end(args);
     LxString text;
     if (!m_stack.IsEmpty())
-        text.Format("%s(%u) : ", m_stack.Last().fileName.c_str(), m_stack.Last().line);
+        text.Format("%s(%u) : ", m_stack.GetLast().fileName.c_str(), m_stack.GetLast().line);
     text.Append(message);
     LxLogManager::GetRef().LogMessage(text, LX_LOG_ERROR, nullptr, 0);
 }
@@ -73,7 +73,7 @@ bool LxShaderCodePreprocessor::Process(const LxString& code, unsigned int startL
 
 bool LxShaderCodePreprocessor::Expand(const LxString& text, LxString& output)
 {
-    void* scanner = LxShaderPPCreate(text.c_str(), text.Length());
+    void* scanner = LxShaderPPCreate(text.c_str(), text.GetLength());
     if (!scanner)
     {
         Report("out of dynamic memory in yy_create_buffer()");
@@ -91,7 +91,7 @@ bool LxShaderCodePreprocessor::Expand(const LxString& text, LxString& output)
             break;
         case LX_PP_NEWLINE:
             output.Append('\n');
-            m_stack.Last().line++;
+            m_stack.GetLast().line++;
             break;
         case LX_PP_INCLUDE_MISSING:
             Report("Missing name string after $include");
@@ -128,7 +128,7 @@ bool LxShaderCodePreprocessor::Expand(const LxString& text, LxString& output)
                 ok = false;
                 break;
             }
-            if (output.Length() + block->text.Length() > LX_MAX_PREPROCESSED_SIZE)
+            if (output.GetLength() + block->text.GetLength() > LX_MAX_PREPROCESSED_SIZE)
             {
                 Report("Expansion of code block \"%s\" makes the shader larger than %u bytes", name.c_str(),
                        static_cast<unsigned int>(LX_MAX_PREPROCESSED_SIZE));
@@ -137,7 +137,7 @@ bool LxShaderCodePreprocessor::Expand(const LxString& text, LxString& output)
             }
             if (include)
                 m_included.Add(name);
-            const Level outer = m_stack.Last();
+            const Level outer = m_stack.GetLast();
             m_stack.Add(Level{name, block->fileName, block->firstLine});
             AppendLineDirective(output, block->firstLine, block->fileName);
             ok = Expand(block->text, output);

@@ -15,12 +15,12 @@ void LxStreamMap::AppendVertexStreamName(const LxString& streamName, LxVertexStr
 
 LxVertexStreamDecl* LxStreamMap::GetStreamDecl(unsigned int index) const
 {
-    return index < m_entries.Count() ? m_entries[index].decl : nullptr;
+    return index < m_entries.GetCount() ? m_entries[index].decl : nullptr;
 }
 
 void LxStreamMap::SetStreamDecl(unsigned int index, LxVertexStreamDecl* decl)
 {
-    if (index < m_entries.Count())
+    if (index < m_entries.GetCount())
         m_entries[index].decl = decl;
 }
 

@@ -19,7 +19,7 @@ public:
     const LxAnnotationMap& GetAnnotations() const { return m_annotations; }
 
     void AppendVertexStreamName(const LxString& streamName, LxVertexStreamDecl* decl);
-    unsigned int GetNumStreams() const { return m_entries.Count(); }
+    unsigned int GetNumStreams() const { return m_entries.GetCount(); }
     const LxString& GetStreamName(unsigned int index) const { return m_entries[index].name; }
     // Null for an index out of range or an unresolved entry.
     LxVertexStreamDecl* GetStreamDecl(unsigned int index) const;

@@ -6,10 +6,10 @@
 
 inline void LxAppendGrowing(LxString& text, const char* piece, unsigned int length)
 {
-    const unsigned int needed = text.Length() + length + 1;
-    if (needed > text.Capacity())
+    const unsigned int needed = text.GetLength() + length + 1;
+    if (needed > text.GetCapacity())
     {
-        unsigned int capacity = text.Capacity() < 64 ? 64 : text.Capacity();
+        unsigned int capacity = text.GetCapacity() < 64 ? 64 : text.GetCapacity();
         while (capacity < needed && capacity < 0x80000000u)
             capacity *= 2;
         text.Reserve(capacity < needed ? needed : capacity, true);
@@ -19,5 +19,5 @@ inline void LxAppendGrowing(LxString& text, const char* piece, unsigned int leng
 
 inline void LxAppendGrowing(LxString& text, const LxString& piece)
 {
-    LxAppendGrowing(text, piece.c_str(), piece.Length());
+    LxAppendGrowing(text, piece.c_str(), piece.GetLength());
 }

@@ -31,12 +31,12 @@ const char* LxVertexElement::DataTypeToString(DataType type)
     return static_cast<unsigned int>(type) < NUM_DATA_TYPES ? kTypeNames[type] : "unknown";
 }
 
-bool LxVertexElement::DataTypeFromString(const LxString& name, DataType& type)
+bool LxVertexElement::DataTypeFromString(const LxString& name, DataType* type)
 {
     for (unsigned int i = 0; i < NUM_DATA_TYPES; ++i)
         if (name == kTypeNames[i])
         {
-            type = DataType(i);
+            *type = DataType(i);
             return true;
         }
     return false;
@@ -44,11 +44,11 @@ bool LxVertexElement::DataTypeFromString(const LxString& name, DataType& type)
 
 void LxVertexElement::GetSemantic(LxString& semanticName, unsigned int& semanticIndex) const
 {
-    unsigned int end = m_name.Length();
+    unsigned int end = m_name.GetLength();
     while (end > 0 && m_name[end - 1] >= '0' && m_name[end - 1] <= '9')
         --end;
     semanticName = m_name.Left(end);
     semanticIndex = 0;
-    for (unsigned int i = end; i < m_name.Length() && semanticIndex < 100000000u; ++i)
+    for (unsigned int i = end; i < m_name.GetLength() && semanticIndex < 100000000u; ++i)
         semanticIndex = semanticIndex * 10 + unsigned(m_name[i] - '0');
 }

@@ -72,7 +72,7 @@ public:
 
     // The effect-file keyword of a type ("float3"); "unknown" when out of range.
     static const char* DataTypeToString(DataType type);
-    static bool DataTypeFromString(const LxString& name, DataType& type);
+    static bool DataTypeFromString(const LxString& name, DataType* type);
     // The first name split into semantic and index: "TEXCOORD3" gives "TEXCOORD" and 3; no digits give index 0.
     void GetSemantic(LxString& semanticName, unsigned int& semanticIndex) const;
 

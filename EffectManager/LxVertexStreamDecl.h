@@ -23,7 +23,7 @@ public:
 
     // Takes ownership of the element.
     void AppendVertexElement(LxVertexElement* element);
-    unsigned int GetNumElements() const { return m_elements.Count(); }
+    unsigned int GetNumElements() const { return m_elements.GetCount(); }
     const LxVertexElement* GetElement(unsigned int index) const { return m_elements[index]; }
 
     // Sum of the element sizes.

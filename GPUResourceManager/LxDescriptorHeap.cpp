@@ -40,7 +40,7 @@ void LxDescriptorHeap::MarkAllocated(unsigned first, unsigned count, bool alloca
 
 int LxDescriptorHeap::TakeRange(unsigned count)
 {
-    for (unsigned i = 0; i < m_free.Count(); ++i)
+    for (unsigned i = 0; i < m_free.GetCount(); ++i)
     {
         Range& r = m_free[i];
         if (r.count >= count)
@@ -66,12 +66,12 @@ void LxDescriptorHeap::ReturnRange(Range range)
     m_nFreeCount += range.count;
     // Insert sorted, then merge with the neighbours it touches.
     unsigned i = 0;
-    while (i < m_free.Count() && m_free[i].first < range.first)
+    while (i < m_free.GetCount() && m_free[i].first < range.first)
     {
         ++i;
     }
     m_free.Insert(i, range);
-    if (i + 1 < m_free.Count() && m_free[i].first + m_free[i].count == m_free[i + 1].first)
+    if (i + 1 < m_free.GetCount() && m_free[i].first + m_free[i].count == m_free[i + 1].first)
     {
         m_free[i].count += m_free[i + 1].count;
         m_free.RemoveAt(i + 1);

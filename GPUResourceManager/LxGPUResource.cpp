@@ -42,7 +42,7 @@ LxGPUResourceView* FindIn(const LxArray<LxCountedPtr<View>>& views, const LxGPUR
 template <class View>
 bool RemoveFrom(LxArray<LxCountedPtr<View>>& views, LxGPUResourceView* target)
 {
-    for (unsigned i = 0; i < views.Count(); ++i)
+    for (unsigned i = 0; i < views.GetCount(); ++i)
     {
         if (views[i].Get() == target)
         {
@@ -61,9 +61,9 @@ bool AddTo(LxArray<LxCountedPtr<View>>& views, const LxCountedPtr<View>& view)
         LX_ERROR("Trying to add a resource view for a NULL resource view instance!");
         return false;
     }
-    const unsigned before = views.Count();
+    const unsigned before = views.GetCount();
     views.Add(view);
-    if (views.Count() != before + 1)
+    if (views.GetCount() != before + 1)
     {
         LX_ERROR("Error trying to add a resource view to the view array stored in this GPU resource");
         return false;
@@ -306,8 +306,8 @@ LxGPUResourceView* LxGPUResource::FindResourceView(const LxGPUResourceViewDescri
 
 unsigned LxGPUResource::GetNumViews() const
 {
-    return m_samplingViews.Count() + m_renderableViews.Count() + m_depthStencilViews.Count() +
-           m_unorderedAccessViews.Count();
+    return m_samplingViews.GetCount() + m_renderableViews.GetCount() + m_depthStencilViews.GetCount() +
+           m_unorderedAccessViews.GetCount();
 }
 
 bool LxGPUResource::IsViewValid(const LxGPUResourceViewDescription& desc) const

@@ -166,27 +166,27 @@ bool LxUploadHeap::RetireOldestFrame()
     }
     m_nQueuedBytes -= oldest.bytes;
     m_nFree.store(FreeFromQueued(), std::memory_order_release);
-    m_nFirstRecord = (m_nFirstRecord + 1) % m_records.Count();
+    m_nFirstRecord = (m_nFirstRecord + 1) % m_records.GetCount();
     --m_nRecordCount;
     return true;
 }
 
 void LxUploadHeap::PushRecord(const FrameRecord& record)
 {
-    if (m_nRecordCount == m_records.Count())
+    if (m_nRecordCount == m_records.GetCount())
     {
         // Grow by doubling (at least 8 slots), laying the queue out from slot 0 again.
         LxArray<FrameRecord> grown;
-        const unsigned newCount = m_records.Count() ? m_records.Count() * 2 : 8;
+        const unsigned newCount = m_records.GetCount() ? m_records.GetCount() * 2 : 8;
         grown.Resize(newCount);
         for (unsigned i = 0; i < m_nRecordCount; ++i)
         {
-            grown[i] = m_records[(m_nFirstRecord + i) % m_records.Count()];
+            grown[i] = m_records[(m_nFirstRecord + i) % m_records.GetCount()];
         }
         m_records = static_cast<LxArray<FrameRecord>&&>(grown);
         m_nFirstRecord = 0;
     }
-    m_records[(m_nFirstRecord + m_nRecordCount) % m_records.Count()] = record;
+    m_records[(m_nFirstRecord + m_nRecordCount) % m_records.GetCount()] = record;
     ++m_nRecordCount;
 }
 

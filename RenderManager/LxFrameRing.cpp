@@ -40,7 +40,7 @@ int LxFrameRing::BeginFrame()
         LX_ERROR("LxFrameRing::BeginFrame.  The frame ring is not initialised.");
         return -1;
     }
-    m_nCurrentSlot = (m_nCurrentSlot + 1) % m_slotValues.Count();
+    m_nCurrentSlot = (m_nCurrentSlot + 1) % m_slotValues.GetCount();
     if (!m_pFence->Wait(m_slotValues[m_nCurrentSlot]))
     {
         return -1;

@@ -92,17 +92,13 @@ const char* LxRenderManager::PrimTypeToString(PrimType type)
     return nullptr;
 }
 
-bool LxRenderManager::PrimTypeFromString(const char* name, PrimType& type)
+bool LxRenderManager::PrimTypeFromString(const LxString& name, PrimType* type)
 {
-    if (name == nullptr)
-    {
-        return false;
-    }
     for (unsigned i = 0; i < PRIM_NUM_TYPES; ++i)
     {
-        if (std::strcmp(PrimTypeToString(static_cast<PrimType>(i)), name) == 0)
+        if (name == PrimTypeToString(static_cast<PrimType>(i)))
         {
-            type = static_cast<PrimType>(i);
+            *type = static_cast<PrimType>(i);
             return true;
         }
     }
@@ -453,7 +449,7 @@ bool LxRenderManager::ExecuteCommandLists()
         LX_ERROR("LxRenderManager::ExecuteCommandLists.  No frame command queue to submit to.");
         return false;
     }
-    m_frameStats.IncrementValue(LX_FRAME_STAT_COMMAND_LISTS, lists.Count());
+    m_frameStats.IncrementValue(LX_FRAME_STAT_COMMAND_LISTS, lists.GetCount());
     return m_pFrameQueue->ExecuteCommandLists(lists);
 }
 

@@ -157,7 +157,7 @@ int main(int argc, char** argv)
         }
         std::printf("%s: OK (%u parameters, %u texture slots, %u samplers, %u techniques, %u included files)\n",
                     file.c_str(), effect->GetNumParameters(), effect->GetNumTextureSlots(), effect->GetNumSamplers(),
-                    effect->GetNumTechniques(), effect->GetIncludedFiles().Count());
+                    effect->GetNumTechniques(), effect->GetIncludedFiles().GetCount());
     }
     std::fflush(stdout);
     LxLogManager::ShutDown();

@@ -53,13 +53,13 @@ bool LxSignal::WaitForSignals(unsigned int milliseconds, LxArray<LxSignal*>& sig
     HANDLE handles[MAXIMUM_WAIT_OBJECTS];
     const ULONGLONG start = GetTickCount64();
     unsigned int next = 0;
-    while (next < signals.Count())
+    while (next < signals.GetCount())
     {
         // WaitForMultipleObjects takes at most MAXIMUM_WAIT_OBJECTS handles: wait for the list in batches against
         // one deadline.
         DWORD count = 0;
         // The same handle twice makes the whole wait fail: list each event once.
-        for (; next < signals.Count() && count < MAXIMUM_WAIT_OBJECTS; ++next)
+        for (; next < signals.GetCount() && count < MAXIMUM_WAIT_OBJECTS; ++next)
         {
             if (!signals[next])
                 continue;

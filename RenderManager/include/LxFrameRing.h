@@ -38,7 +38,7 @@ public:
     void AddFrameEndListener(LxFrameEndListener* listener);
     void RemoveFrameEndListener(LxFrameEndListener* listener);
 
-    unsigned GetFramesInFlight() const { return m_slotValues.Count(); }
+    unsigned GetFramesInFlight() const { return m_slotValues.GetCount(); }
     unsigned GetCurrentSlot() const { return m_nCurrentSlot; }
     // The value the next EndFrame or Flush will signal.
     unsigned long long GetNextFenceValue() const { return m_nNextValue; }

@@ -65,7 +65,7 @@ public:
     // "POINT_LIST" ... "TRIANGLE_STRIP_ADJ", "PATCH_1" ... "PATCH_32"; null outside the enumeration.
     static const char* PrimTypeToString(PrimType type);
     // False (nothing logged) for an unknown name.
-    static bool PrimTypeFromString(const char* name, PrimType& type);
+    static bool PrimTypeFromString(const LxString& name, PrimType* type);
 
     typedef LxRenderManager* (*CreateFunction)();
     static LxRenderManager* GetPtr();
@@ -103,7 +103,7 @@ public:
                                   LxCountedPtr<LxGPUDepthStencilResourceView> depth);
     void GetRenderTargets(LxArray<LxCountedPtr<LxGPURenderableResourceView>>* views,
                           LxCountedPtr<LxGPUDepthStencilResourceView>* depth) const;
-    unsigned GetNumRenderTargets() const { return m_renderTargets.Count(); }
+    unsigned GetNumRenderTargets() const { return m_renderTargets.GetCount(); }
     virtual void Viewport(float x, float y, float width, float height);
     virtual void GetViewport(float* x, float* y, float* width, float* height) const;
     virtual void Scissor(unsigned x, unsigned y, unsigned width, unsigned height);

@@ -45,7 +45,7 @@ TEST(LxArray, GrowsInsertsAndRemovesWithoutLeaking)
             a.Add(Tracked(i));
         EXPECT_EQ(Tracked::live, 100);
         a.Add(a[0]); // an element of the array itself, while the array grows
-        EXPECT_EQ(a.Last().value, 0);
+        EXPECT_EQ(a.GetLast().value, 0);
         a.Insert(1, Tracked(-1));
         EXPECT_EQ(a[2].value, 1);
         a.RemoveAt(1);
@@ -59,8 +59,8 @@ TEST(LxArray, GrowsInsertsAndRemovesWithoutLeaking)
         EXPECT_EQ(Tracked::live, 10);
         LxArray<Tracked> copy(a);
         LxArray<Tracked> moved(std::move(copy));
-        EXPECT_EQ(moved.Count(), 10u);
-        EXPECT_EQ(copy.Count(), 0u); // NOLINT(bugprone-use-after-move)
+        EXPECT_EQ(moved.GetCount(), 10u);
+        EXPECT_EQ(copy.GetCount(), 0u); // NOLINT(bugprone-use-after-move)
         EXPECT_EQ(Tracked::live, 20);
     }
     EXPECT_EQ(Tracked::live, 0);
@@ -69,39 +69,39 @@ TEST(LxArray, GrowsInsertsAndRemovesWithoutLeaking)
 TEST(LxList, LinksInBothDirections)
 {
     LxList<int> l;
-    l.PushBack(2);
-    l.PushBack(3);
-    l.PushFront(1);
+    l.Add(2);
+    l.Add(3);
+    l.AddFront(1);
     EXPECT_EQ(std::vector<int>(l.begin(), l.end()), (std::vector<int>{1, 2, 3}));
     auto it = l.Erase(l.Find(2));
     EXPECT_EQ(*it, 3);
     l.InsertBefore(it, 9);
     EXPECT_EQ(std::vector<int>(l.begin(), l.end()), (std::vector<int>{1, 9, 3}));
     EXPECT_EQ(*--l.end(), 3);
-    l.PopFront();
-    l.PopBack();
-    EXPECT_EQ(l.Front(), 9);
-    EXPECT_EQ(l.Back(), 9);
+    l.RemoveFirst();
+    l.RemoveLast();
+    EXPECT_EQ(l.GetFirst(), 9);
+    EXPECT_EQ(l.GetLast(), 9);
     LxList<int> copy(l);
     l.Clear();
     EXPECT_TRUE(l.IsEmpty());
-    EXPECT_EQ(copy.Count(), 1u);
+    EXPECT_EQ(copy.GetCount(), 1u);
 }
 
 TEST(LxHashMap, GrowthInsertionAndIteration)
 {
     StringMap m(8, 0.5f);
-    EXPECT_EQ(m.SlotCount(), 0u); // allocated on first use
+    EXPECT_EQ(m.GetSlotCount(), 0u); // allocated on first use
     for (int i = 0; i < 4; ++i)
         m.Insert(LxString::Formatted("key%d", i), i);
-    EXPECT_EQ(m.SlotCount(), 8u);
+    EXPECT_EQ(m.GetSlotCount(), 8u);
     m.Insert(LxString("key4"), 4); // the insertion after the threshold grows
-    EXPECT_EQ(m.SlotCount(), 16u);
+    EXPECT_EQ(m.GetSlotCount(), 16u);
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(*m.FindValue(LxString::Formatted("key%d", i)), i);
     StringMap odd(10, 0.75f);
     odd.Insert(LxString("x"), 1);
-    EXPECT_EQ(odd.SlotCount(), 16u); // rounded up to a power of two
+    EXPECT_EQ(odd.GetSlotCount(), 16u); // rounded up to a power of two
 
     // Insert hands back the existing entry, whose node does not move.
     auto first = m.Insert(LxString("a"), 1);
@@ -113,7 +113,7 @@ TEST(LxHashMap, GrowthInsertionAndIteration)
     m.Set(LxString("a"), 3);
     EXPECT_EQ(m[LxString("a")], 3);
     EXPECT_EQ(m[LxString("new")], 0);
-    EXPECT_EQ(m.Count(), 7u);
+    EXPECT_EQ(m.GetCount(), 7u);
 
     // Iteration visits every entry once; erasing while iterating.
     StringMap big;
@@ -131,8 +131,8 @@ TEST(LxHashMap, GrowthInsertionAndIteration)
         it = (it->value % 2) ? big.Erase(it) : ++it;
     StringMap copy(big);
     big.Clear();
-    EXPECT_EQ(big.Count(), 0u);
-    EXPECT_EQ(copy.Count(), 50u);
+    EXPECT_EQ(big.GetCount(), 0u);
+    EXPECT_EQ(copy.GetCount(), 50u);
     EXPECT_TRUE(copy.Contains(LxString("42")));
     EXPECT_FALSE(copy.Contains(LxString("43")));
 
@@ -141,7 +141,7 @@ TEST(LxHashMap, GrowthInsertionAndIteration)
     EXPECT_FALSE(set.Insert(LxString("x")));
     EXPECT_TRUE(set.Contains(LxString("x")));
     EXPECT_TRUE(set.Erase(LxString("x")));
-    EXPECT_EQ(set.Count(), 0u);
+    EXPECT_EQ(set.GetCount(), 0u);
 }
 
 TEST(LxHashMap, ProbingFindsCollidingKeysAndReusesDeletedSlots)
@@ -156,12 +156,12 @@ TEST(LxHashMap, ProbingFindsCollidingKeysAndReusesDeletedSlots)
     // Erasing leaves a deleted marker that keeps later keys reachable.
     EXPECT_TRUE(m.Erase(1));
     EXPECT_EQ(m.GetSlotState(4), (LxHashMap<int, int, CollidingHasher>::SLOT_DELETED));
-    EXPECT_EQ(m.DeletedCount(), 1u);
+    EXPECT_EQ(m.GetDeletedCount(), 1u);
     EXPECT_EQ(*m.FindValue(4), 40);
     // Re-inserting takes the first deleted slot on the probe path.
     m.Insert(1, 11);
     EXPECT_EQ(m.SlotOf(1), 4u);
-    EXPECT_EQ(m.DeletedCount(), 0u);
+    EXPECT_EQ(m.GetDeletedCount(), 0u);
     // A new key also takes a deleted slot rather than the empty one further on.
     m.Erase(2);
     m.Insert(7, 70);
@@ -175,8 +175,8 @@ TEST(LxHashMap, ProbingFindsCollidingKeysAndReusesDeletedSlots)
         churn.Insert(round, round);
         ASSERT_TRUE(round < 8 || churn.Erase(round - 8)) << round;
     }
-    EXPECT_EQ(churn.Count(), 8u);
-    EXPECT_LE(churn.SlotCount(), 16u);
+    EXPECT_EQ(churn.GetCount(), 8u);
+    EXPECT_LE(churn.GetSlotCount(), 16u);
     for (int k = 1992; k < 2000; ++k)
         EXPECT_TRUE(churn.Contains(k));
 }

@@ -24,7 +24,7 @@ std::vector<std::string> Lines(const std::string& bytes)
     LxFile::SplitTextLines(bytes.data(), static_cast<unsigned int>(bytes.size()), lines);
     std::vector<std::string> out;
     for (const LxString& l : lines)
-        out.emplace_back(l.c_str(), l.Length());
+        out.emplace_back(l.c_str(), l.GetLength());
     return out;
 }
 } // namespace
@@ -124,11 +124,11 @@ TEST(LxFileLines, CarriageReturnsAndLineFeedsAppendedOrJoined)
     LxTest::WriteBytes(path, std::string("a\r\nb\n\rc", 7));
     auto f = OpenFile(path, "rb");
     LxList<LxString> lines;
-    lines.PushBack(LxString("kept"));
+    lines.Add(LxString("kept"));
     ASSERT_TRUE(f->ReadTextLines(lines));
-    ASSERT_EQ(lines.Count(), 5u);
-    EXPECT_STREQ(lines.Front().c_str(), "kept"); // the list is not cleared
-    EXPECT_STREQ(lines.Back().c_str(), "c");
+    ASSERT_EQ(lines.GetCount(), 5u);
+    EXPECT_STREQ(lines.GetFirst().c_str(), "kept"); // the list is not cleared
+    EXPECT_STREQ(lines.GetLast().c_str(), "c");
 
     f->Seek(0, LxFile::SEEK_FROM_START);
     EXPECT_STREQ(LxFile::ReadFileToString(*f).c_str(), "a\nb\n\nc\n");

@@ -23,7 +23,7 @@ struct Recorder : LxLogListener
     ~Recorder() override { log.RemoveLogListener(this); }
     void OnLogMessage(const LxString& text, _LxLogMessageType type) override
     {
-        lines.emplace_back(text.c_str(), text.Length());
+        lines.emplace_back(text.c_str(), text.GetLength());
         types.push_back(type);
     }
     LxLogManager log{false, false, LxString("unused.txt")};

@@ -31,7 +31,7 @@ void ExpectNear(const T& expected, const T& actual, float eps = 1e-5f)
 // Orthonormal upper 3x3 with determinant +1.
 void ExpectRotation(const LxMatrix4& m)
 {
-    const LxVector3 x(m.Data()), y(m.Data() + 4), z(m.Data() + 8);
+    const LxVector3 x(m.GetData()), y(m.GetData() + 4), z(m.GetData() + 8);
     EXPECT_NEAR(1.0f, x.Length(), 1e-5f);
     EXPECT_NEAR(1.0f, y.Length(), 1e-5f);
     EXPECT_NEAR(0.0f, x.Dot(y), 1e-5f);
@@ -152,7 +152,7 @@ TEST(LxMatrix4, RotationsAreRightHandedAndOrthonormal)
 
         r.MakeFromArbitraryAxis(from);
         ExpectRotation(r);
-        ExpectNear(from.Normalized(), LxVector3(r.Data() + 8));
+        ExpectNear(from.Normalized(), LxVector3(r.GetData() + 8));
     }
     EXPECT_TRUE(r.MakeFromToRotation(LxVector3(0, 1, 0), LxVector3(0, 1, 0)).IsIdentity(1e-6f));
 
@@ -203,7 +203,9 @@ TEST(LxMatrix4, InversesUndoTheirMatrix)
     LxMatrix4 rigid;
     rigid.MakeTransform(LxVector3(10, -3, 7), q, LxVector3(1, 1, 1));
     EXPECT_TRUE((rigid * rigid.RigidInverse()).IsIdentity(1e-5f));
-    EXPECT_TRUE(rigid.RigidInverse().Equals(rigid.Inverse(), 1e-5f));
+    LxMatrix4 general0;
+    ASSERT_TRUE(rigid.Inverse(&general0));
+    EXPECT_TRUE(rigid.RigidInverse().Equals(general0, 1e-5f));
 
     LxMatrix4 general = Perspective(0.5f, 100.0f, true) * rigid;
     general[3] = 0.25f;
@@ -217,7 +219,6 @@ TEST(LxMatrix4, InversesUndoTheirMatrix)
     LxMatrix4 untouched;
     EXPECT_FALSE(singular.Inverse(&untouched));
     EXPECT_TRUE(untouched.IsIdentity());
-    EXPECT_EQ(LxMatrix4().MakeZero(), singular.Inverse());
 }
 
 TEST(LxQuat, MatchesMatricesAndAxisAngles)

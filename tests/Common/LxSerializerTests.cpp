@@ -218,7 +218,7 @@ TEST(LxSerializer, StringsAreCountedWithoutTerminator)
     ASSERT_TRUE(r.ReadString(out));
     EXPECT_TRUE(out.IsEmpty());
     ASSERT_TRUE(r.ReadString(out));
-    ASSERT_EQ(3u, out.Length());
+    ASSERT_EQ(3u, out.GetLength());
     EXPECT_EQ(0, out[1]);
 
     // Longer than the piece size the reader uses for large counts.
@@ -229,7 +229,7 @@ TEST(LxSerializer, StringsAreCountedWithoutTerminator)
     ASSERT_TRUE(longWriter.WriteString(LxString(big.data(), static_cast<unsigned int>(big.size()))));
     Attached longReader(longWriter.file.Bytes());
     ASSERT_TRUE(longReader.ReadString(out));
-    EXPECT_TRUE(big == std::string(out.c_str(), out.Length()));
+    EXPECT_TRUE(big == std::string(out.c_str(), out.GetLength()));
 }
 
 TEST(LxSerializer, StringFailures)

@@ -37,17 +37,17 @@ TEST(LxString, AppendGrowthRules)
 {
     LxString s("abc");
     s.Append("de");
-    EXPECT_EQ(s.Capacity(), 6u); // exactly l + k + 1
+    EXPECT_EQ(s.GetCapacity(), 6u); // exactly l + k + 1
     EXPECT_STREQ(s.c_str(), "abcde");
     s.Append('f');
-    EXPECT_EQ(s.Capacity(), 12u); // one character doubles
-    EXPECT_EQ(s.Length(), 6u);
+    EXPECT_EQ(s.GetCapacity(), 12u); // one character doubles
+    EXPECT_EQ(s.GetLength(), 6u);
     s.Append('g');
-    EXPECT_EQ(s.Capacity(), 12u); // room left: no growth
+    EXPECT_EQ(s.GetCapacity(), 12u); // room left: no growth
     LxString other("12345");
     s.Append(other);
     EXPECT_STREQ(s.c_str(), "abcdefg12345");
-    EXPECT_EQ(s.Capacity(), 13u);
+    EXPECT_EQ(s.GetCapacity(), 13u);
 
     s.Append(s); // appending itself
     EXPECT_STREQ(s.c_str(), "abcdefg12345abcdefg12345");
@@ -61,7 +61,7 @@ TEST(LxString, AssignmentReserveAndMove)
     const char* block = s.c_str();
     s = "short";
     EXPECT_EQ(s.c_str(), block);
-    EXPECT_EQ(s.Capacity(), 19u);
+    EXPECT_EQ(s.GetCapacity(), 19u);
     s = LxString("a text longer than the current capacity");
     EXPECT_NE(s.c_str(), block);
     EXPECT_STREQ(s.c_str(), "a text longer than the current capacity");
@@ -74,12 +74,12 @@ TEST(LxString, AssignmentReserveAndMove)
     // Reserve keeps at most capacity - 1 characters, or none.
     s = "abcdef";
     s.Reserve(4, true);
-    EXPECT_EQ(s.Capacity(), 4u);
+    EXPECT_EQ(s.GetCapacity(), 4u);
     EXPECT_STREQ(s.c_str(), "abc");
     s.Reserve(10, false);
-    EXPECT_EQ(s.Length(), 0u);
+    EXPECT_EQ(s.GetLength(), 0u);
     s.Reserve(0, true);
-    EXPECT_EQ(s.Capacity(), 1u);
+    EXPECT_EQ(s.GetCapacity(), 1u);
 
     // Moved-from strings stay usable.
     LxString a("payload");
@@ -100,13 +100,13 @@ TEST(LxString, FormatMeasuresThenFormats)
     LxString s("previous contents");
     s.Format("%d-%s-%.2f", 42, "x", 1.5);
     EXPECT_STREQ(s.c_str(), "42-x-1.50");
-    EXPECT_EQ(s.Length(), 9u);
-    EXPECT_EQ(s.Capacity(), 10u);
+    EXPECT_EQ(s.GetLength(), 9u);
+    EXPECT_EQ(s.GetCapacity(), 10u);
     s.AppendFormat("/%05u", 7u);
     EXPECT_STREQ(s.c_str(), "42-x-1.50/00007");
     EXPECT_STREQ(LxString::Formatted("%s", "").c_str(), "");
     std::string big(5000, 'q');
-    EXPECT_EQ(LxString::Formatted("%s!", big.c_str()).Length(), 5001u);
+    EXPECT_EQ(LxString::Formatted("%s!", big.c_str()).GetLength(), 5001u);
 }
 
 TEST(LxString, HashIsTimesFivePlusSignedByte)
@@ -161,15 +161,15 @@ TEST(LxString, NumberConversion)
     for (const auto& c : cases)
     {
         long v = 99;
-        EXPECT_EQ(c.value != 99, LxString(c.text).ToInteger(v, c.base)) << c.text;
+        EXPECT_EQ(c.value != 99, LxString(c.text).ToInteger(&v, c.base)) << c.text;
         EXPECT_EQ(c.value, v) << c.text;
     }
     int i = 0;
-    EXPECT_FALSE(LxString("99999999999999999999").ToInteger(i, 10));
+    EXPECT_FALSE(LxString("99999999999999999999").ToInteger(&i, 10));
     double d = 0;
-    EXPECT_TRUE(LxString(" 2.5e1 ").ToDouble(d));
+    EXPECT_TRUE(LxString(" 2.5e1 ").ToDouble(&d));
     EXPECT_DOUBLE_EQ(d, 25.0);
-    EXPECT_FALSE(LxString("2.5x").ToDouble(d));
+    EXPECT_FALSE(LxString("2.5x").ToDouble(&d));
 }
 
 TEST(LxString, SearchingAndEditing)
@@ -211,12 +211,12 @@ TEST(LxString, SplitAtAnyDelimiterAndPathPartsAtEitherSeparator)
 {
     LxArray<LxString> parts;
     LxString("a,b;;c,").Split(",;", parts);
-    ASSERT_EQ(parts.Count(), 3u);
+    ASSERT_EQ(parts.GetCount(), 3u);
     EXPECT_STREQ(parts[0].c_str(), "a");
     EXPECT_STREQ(parts[2].c_str(), "c");
     parts.Clear();
     LxString("a,,b,").Split(",", parts, true);
-    ASSERT_EQ(parts.Count(), 4u);
+    ASSERT_EQ(parts.GetCount(), 4u);
     EXPECT_TRUE(parts[1].IsEmpty());
     EXPECT_TRUE(parts[3].IsEmpty());
     EXPECT_STREQ(LxString("a/b\\c.txt").GetDirectory().c_str(), "a/b");

@@ -27,12 +27,12 @@ TEST(LxEffectParameter, SizesNamesAndDefaults)
     for (unsigned int t = 0; t < P::NUM_DATA_TYPES; ++t)
     {
         P::DataType back;
-        ASSERT_TRUE(P::DataTypeFromString(P::DataTypeToString(P::DataType(t)), back));
+        ASSERT_TRUE(P::DataTypeFromString(P::DataTypeToString(P::DataType(t)), &back));
         EXPECT_EQ(t, static_cast<unsigned int>(back));
     }
     EXPECT_STREQ("VectorB", P::DataTypeToString(P::TYPE_VECTOR_BOOL));
     P::DataType unused;
-    EXPECT_FALSE(P::DataTypeFromString("float", unused));
+    EXPECT_FALSE(P::DataTypeFromString("float", &unused));
     EXPECT_EQ(4u, P::GetDataTypeSize(P::TYPE_BOOL)); // bools are stored as 32-bit ints
     EXPECT_EQ(128u, P("bones", P::TYPE_MATRIX, 2).GetParameterSize());
     EXPECT_EQ(nullptr, P("f", 1.0f).GetDefaultValueMatrix());
@@ -220,7 +220,7 @@ TEST(LxVertexElement, TablesAndSemantics)
         total += LxVertexElement::ms_dataTypeSize[t];
         LxVertexElement::DataType back;
         ASSERT_TRUE(
-            LxVertexElement::DataTypeFromString(LxVertexElement::DataTypeToString(LxVertexElement::DataType(t)), back));
+            LxVertexElement::DataTypeFromString(LxVertexElement::DataTypeToString(LxVertexElement::DataType(t)), &back));
         EXPECT_EQ(t, static_cast<unsigned int>(back));
     }
     EXPECT_EQ(226u, total);
@@ -253,7 +253,7 @@ TEST(LxVertexStreamDecl, OffsetsStrideAndSemanticLookup)
     EXPECT_TRUE(capture.Contains("Invalid vertex element passed to GetElementOffset!!"));
     LxArray<const LxVertexElement*> found;
     decl.GetElementsBySemantic("TEXCOORD", found);
-    ASSERT_EQ(2u, found.Count());
+    ASSERT_EQ(2u, found.GetCount());
     EXPECT_STREQ("b", found[1]->GetSecondName().c_str());
 }
 

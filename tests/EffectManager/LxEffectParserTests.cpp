@@ -102,7 +102,7 @@ TEST(LxEffectParser, FullGrammarParsesWithoutErrors)
     EXPECT_EQ(0, capture.ErrorCount()) << capture.All();
 
     // Includes: once, though named twice; their declarations and defines are visible.
-    ASSERT_EQ(1u, fx->GetIncludedFiles().Count());
+    ASSERT_EQ(1u, fx->GetIncludedFiles().GetCount());
     EXPECT_STREQ("include/common.fxh", fx->GetIncludedFiles()[0].c_str());
     EXPECT_TRUE(fx->GetParameter("fShared"));
     EXPECT_TRUE(fx->GetCodeBlock("SharedCode"));

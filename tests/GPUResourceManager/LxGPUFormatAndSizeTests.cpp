@@ -118,7 +118,7 @@ TEST(GPUTextureSize, MipLevelInfoLaysLevelsOutBackToBack)
     LxCountedPtr<LxMemoryBuffer> data = MakeBuffer(4 * (16 + 4 + 1) + 8);
     LxArray<LxMipLevelInfo> levels;
     ASSERT_TRUE(LxGetMipLevelInfo(4, 4, 1, 3, LX_FORMAT_R8G8B8A8_UNORM, data, 8, levels));
-    ASSERT_EQ(3u, levels.Count());
+    ASSERT_EQ(3u, levels.GetCount());
     const unsigned expectedPitch[] = {16, 8, 4};
     const unsigned expectedSize[] = {64, 16, 4};
     const unsigned expectedOffset[] = {8, 72, 88};
@@ -153,13 +153,13 @@ TEST(GPUTextureSize, MipLevelInfoOfBlockFormatsAndShortBuffers)
     LxCountedPtr<LxMemoryBuffer> shortData = MakeBuffer(4 * (16 + 4 + 1) - 1);
     LxArray<LxMipLevelInfo> partial;
     EXPECT_FALSE(LxGetMipLevelInfo(4, 4, 1, 3, LX_FORMAT_R8G8B8A8_UNORM, shortData, 0, partial));
-    EXPECT_EQ(2u, partial.Count());
+    EXPECT_EQ(2u, partial.GetCount());
     EXPECT_EQ(1u, shortData.GetRefCount());
 
     // An offset past the end fails at once.
     LxArray<LxMipLevelInfo> none;
     EXPECT_FALSE(LxGetMipLevelInfo(1, 1, 1, 1, LX_FORMAT_R8_UNORM, MakeBuffer(4), 5, none));
-    EXPECT_EQ(0u, none.Count());
+    EXPECT_EQ(0u, none.GetCount());
 
     LxTest::LogCapture capture;
     EXPECT_FALSE(LxGetMipLevelInfo(1, 1, 1, 1, LX_FORMAT_R8_UNORM, LxCountedPtr<LxMemoryBuffer>(), 0, none));
@@ -169,6 +169,6 @@ TEST(GPUTextureSize, MipLevelInfoOfBlockFormatsAndShortBuffers)
     LxArray<LxMipLevelInfo> appended;
     appended.Add(LxMipLevelInfo{1, 2, 3, nullptr});
     ASSERT_TRUE(LxGetMipLevelInfo(2, 2, 1, 2, LX_FORMAT_R8_UNORM, MakeBuffer(5), 0, appended));
-    EXPECT_EQ(3u, appended.Count());
+    EXPECT_EQ(3u, appended.GetCount());
     EXPECT_EQ(1u, appended[0].rowPitch);
 }

@@ -122,12 +122,12 @@ TEST(RenderManagerPrimitives, TopologyTableAndNames)
     {
         Prim found = LxRenderManager::PRIM_POINT_LIST;
         ASSERT_TRUE(
-            LxRenderManager::PrimTypeFromString(LxRenderManager::PrimTypeToString(static_cast<Prim>(p)), found));
+            LxRenderManager::PrimTypeFromString(LxRenderManager::PrimTypeToString(static_cast<Prim>(p)), &found));
         EXPECT_EQ(p, static_cast<unsigned>(found));
     }
     Prim untouched = LxRenderManager::PRIM_LINE_LIST;
-    EXPECT_FALSE(LxRenderManager::PrimTypeFromString("PATCH_33", untouched));
-    EXPECT_FALSE(LxRenderManager::PrimTypeFromString("triangle_list", untouched));
+    EXPECT_FALSE(LxRenderManager::PrimTypeFromString("PATCH_33", &untouched));
+    EXPECT_FALSE(LxRenderManager::PrimTypeFromString("triangle_list", &untouched));
     EXPECT_EQ(LxRenderManager::PRIM_LINE_LIST, untouched);
 }
 

@@ -10,14 +10,14 @@ int main()
     LxString text;
     text.Format("%s %d", "lumex", 1);
     LxMD5Hash hash;
-    LxMD5Hash::ComputeHash(text.c_str(), text.Length(), &hash);
+    LxMD5Hash::ComputeHash(text.c_str(), text.GetLength(), &hash);
 
     const unsigned long long before = LxMemoryStats::GetCurrentUsage();
     int* volatile block = new int[1000]; // volatile: the compiler may not elide the pair
     const bool tracked = LxMemoryStats::GetCurrentUsage() >= before + 4000;
     delete[] block;
 
-    const bool ok = text == "lumex 1" && hash.ToString().Length() == 32 && tracked;
+    const bool ok = text == "lumex 1" && hash.ToString().GetLength() == 32 && tracked;
     std::printf("%s\n", ok ? "consumer ok" : "consumer FAILED");
     LxLogManager::ShutDown();
     return ok ? 0 : 1;
