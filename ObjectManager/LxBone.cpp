@@ -1,0 +1,1 @@
+#include "ObjectManager/LxBone.h"
