@@ -81,9 +81,7 @@ void OnWriteError(png_structp png, png_const_charp message)
 }
 
 // Warnings (a bad CRC on an ancillary chunk, an unknown sRGB profile) leave a readable image: ignored.
-void OnWarning(png_structp, png_const_charp)
-{
-}
+void OnWarning(png_structp, png_const_charp) {}
 
 void ReadBytes(png_structp png, png_bytep out, png_size_t count)
 {
@@ -163,13 +161,12 @@ bool DecodePNG(PngReadState* state)
         png_destroy_read_struct(&png, &info, nullptr);
         return false;
     }
-    const unsigned long long fileBits = static_cast<unsigned long long>(png_get_bit_depth(png, info)) *
-                                        png_get_channels(png, info) * width;
+    const unsigned long long fileBits =
+        static_cast<unsigned long long>(png_get_bit_depth(png, info)) * png_get_channels(png, info) * width;
     const unsigned long long rawBytes = ((fileBits + 7) / 8 + 1) * height;
     if (rawBytes > state->size * kMaxDeflateRatio)
     {
-        std::snprintf(state->error, kErrorSize,
-                      "the file is too short to hold %u x %u pixels (damaged or truncated)",
+        std::snprintf(state->error, kErrorSize, "the file is too short to hold %u x %u pixels (damaged or truncated)",
                       static_cast<unsigned>(width), static_cast<unsigned>(height));
         png_destroy_read_struct(&png, &info, nullptr);
         return false;
@@ -302,8 +299,8 @@ bool Save(const LxImageData2D& image, unsigned bitDepth, const LxString& name, L
     }
     if (image.GetWidth() > LxImageIO::kMaxDimension || image.GetHeight() > LxImageIO::kMaxDimension)
     {
-        LX_ERROR("LxImageIO::SavePNG.  %s: %u x %u pixels is larger than %u on a side.", name.c_str(),
-                 image.GetWidth(), image.GetHeight(), LxImageIO::kMaxDimension);
+        LX_ERROR("LxImageIO::SavePNG.  %s: %u x %u pixels is larger than %u on a side.", name.c_str(), image.GetWidth(),
+                 image.GetHeight(), LxImageIO::kMaxDimension);
         return false;
     }
     PngWriteState state = {};
@@ -375,7 +372,8 @@ bool LxImageIO::LoadPNGFromMemory(const unsigned char* data, unsigned size, cons
     if (ok)
     {
         out->Allocate(state.width, state.height, state.channels);
-        const double scale = state.bitDepth == 16 ? 1.0 / 65535.0 : 1.0 / 255.0;
+        // Divided, not multiplied by a reciprocal: k / 255.0 is what a saved value k / 255.0 comes back as.
+        const double steps = state.bitDepth == 16 ? 65535.0 : 255.0;
         const unsigned samples = state.width * state.channels;
         for (unsigned y = 0; y < state.height; ++y)
         {
@@ -384,7 +382,7 @@ bool LxImageIO::LoadPNGFromMemory(const unsigned char* data, unsigned size, cons
             for (unsigned i = 0; i < samples; ++i)
             {
                 const unsigned v = state.bitDepth == 16 ? (row[2 * i] << 8) | row[2 * i + 1] : row[i];
-                pixel[i] = v * scale;
+                pixel[i] = v / steps;
             }
         }
     }
