@@ -545,6 +545,57 @@ void LxRenderManager::StopGPUTimer(int)
     ReportNotImplemented("LxRenderManager::StopGPUTimer");
 }
 
+const LxGPUTimerResults& LxRenderManager::GetGPUTimerResults()
+{
+    ReportNotImplemented("LxRenderManager::GetGPUTimerResults");
+    return m_timerResults;
+}
+
+bool LxRenderManager::CreateIndirectCommandSignature()
+{
+    ReportNotImplemented("LxRenderManager::CreateIndirectCommandSignature");
+    return false;
+}
+
+LxOcclusionQuery* LxRenderManager::CreateOcclusionQuery()
+{
+    ReportNotImplemented("LxRenderManager::CreateOcclusionQuery");
+    return nullptr;
+}
+
+LxSOStatisticsQuery* LxRenderManager::CreateSOStatisticsQuery()
+{
+    ReportNotImplemented("LxRenderManager::CreateSOStatisticsQuery");
+    return nullptr;
+}
+
+LxGPUPerformanceCounter* LxRenderManager::CreateGPUPerformanceCounter(LxGPUCounterType)
+{
+    ReportNotImplemented("LxRenderManager::CreateGPUPerformanceCounter");
+    return nullptr;
+}
+
+LxRenderingPredicate* LxRenderManager::CreateRenderingPredicate(LxRenderingPredicateType, bool)
+{
+    ReportNotImplemented("LxRenderManager::CreateRenderingPredicate");
+    return nullptr;
+}
+
+void LxRenderManager::SetPredication(LxRenderingPredicate*, bool)
+{
+    ReportNotImplemented("LxRenderManager::SetPredication");
+}
+
+void LxRenderManager::DrawInstancedIndirect(PrimType, LxGPUBuffer*, unsigned)
+{
+    ReportNotImplemented("LxRenderManager::DrawInstancedIndirect");
+}
+
+void LxRenderManager::DrawIndexedInstancedIndirect(PrimType, LxGPUBuffer*, unsigned)
+{
+    ReportNotImplemented("LxRenderManager::DrawIndexedInstancedIndirect");
+}
+
 bool LxRenderManager::APIBeginFrameSlot(unsigned)
 {
     ReportNotImplemented("LxRenderManager::BeginFrameSlot");

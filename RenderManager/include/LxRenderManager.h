@@ -29,6 +29,8 @@
 #include "RenderManager/include/LxFence.h"
 #include "RenderManager/include/LxFrameRing.h"
 #include "RenderManager/include/LxFrameStats.h"
+#include "RenderManager/include/LxGPUQueries.h"
+#include "RenderManager/include/LxGPUTimerResults.h"
 
 class LxGPUBuffer;
 class LxUploadHeap;
@@ -129,6 +131,10 @@ public:
     // --- compute --------------------------------------------------------------------------------------------------
     virtual void Dispatch(int x, int y, int z);
     virtual void DispatchIndirect(LxGPUBuffer* args, unsigned offset);
+    // Draws whose arguments lie in `args` at `offset` (the platform's indirect argument layouts), through the
+    // command signatures CreateIndirectCommandSignature made. Statistics count the call only. Base: IMPLEMENT ME.
+    virtual void DrawInstancedIndirect(PrimType type, LxGPUBuffer* args, unsigned offset);
+    virtual void DrawIndexedInstancedIndirect(PrimType type, LxGPUBuffer* args, unsigned offset);
 
     // --- command lists and queues ---------------------------------------------------------------------------------
     virtual LxCountedPtr<LxCommandList> CreateCommandList(LxCommandList::Type type, bool forCurrentFrame = true);
@@ -156,6 +162,15 @@ public:
     virtual int CreateGPUTimer(const char* name);
     virtual void StartGPUTimer(int timer);
     virtual void StopGPUTimer(int timer);
+    virtual const LxGPUTimerResults& GetGPUTimerResults();
+    // Creates the command signatures of the indirect draws and dispatches; false when the platform refuses.
+    virtual bool CreateIndirectCommandSignature();
+    // Not provided by every platform: the base logs IMPLEMENT ME and answers null (or does nothing).
+    virtual LxOcclusionQuery* CreateOcclusionQuery();
+    virtual LxSOStatisticsQuery* CreateSOStatisticsQuery();
+    virtual LxGPUPerformanceCounter* CreateGPUPerformanceCounter(LxGPUCounterType type);
+    virtual LxRenderingPredicate* CreateRenderingPredicate(LxRenderingPredicateType type, bool hint);
+    virtual void SetPredication(LxRenderingPredicate* predicate, bool value);
 
     // Allocates upload memory, flushing once and retrying when the heap is full ("Flushed upload heap but
     // allocation still failed\n" when even that fails).
@@ -226,6 +241,7 @@ protected:
     unsigned m_scissor[4] = {0, 0, 0, 0};
     float m_fTessellationEdge = 1.0f;
     float m_fTessellationInside = 1.0f;
+    LxGPUTimerResults m_timerResults;
 
 private:
     static LxRenderManager* ms_pInstance;
