@@ -92,6 +92,8 @@ public:
     bool ReadPacked(LxList<LxString>::const_iterator line, LxList<LxString>::const_iterator end)
     {
         const char* archiveName = m_archive.GetName().c_str();
+        if (line == end)
+            return true; // no curves: nothing to open
         std::unique_ptr<LxFile> file(m_archive.OpenFile(kPackedName, "rb"));
         if (!file)
         {
