@@ -29,8 +29,8 @@ public:
     virtual void Close() = 0;
     virtual unsigned int Read(void* buffer, unsigned int bytes) = 0;
     virtual bool Write(const void* buffer, unsigned int bytes) = 0;
-    virtual bool Seek(long offset, int origin) = 0;
-    virtual unsigned int GetSize() = 0;
+    virtual bool Seek(long offset, SeekOrigin origin) = 0;
+    virtual unsigned int GetSize() const = 0;
     virtual bool Flush() = 0;
 
     bool IsOpen() const { return m_bOpen; }

@@ -135,11 +135,13 @@ public:
     explicit LxHashMap(unsigned int initialSlots = 16, float maxLoadFactor = 0.75f)
         : m_nRequestedSlots(initialSlots), m_fMaxLoadFactor(maxLoadFactor > 0.0f ? maxLoadFactor : 0.75f)
     {
+        SetSize(RoundUpPow2(m_nRequestedSlots));
     }
     LxHashMap(const LxHashMap& other)
         : m_nRequestedSlots(other.m_nRequestedSlots), m_fMaxLoadFactor(other.m_fMaxLoadFactor),
           m_hasher(other.m_hasher), m_comparer(other.m_comparer)
     {
+        SetSize(RoundUpPow2(m_nRequestedSlots));
         for (const Entry& e : other)
             Insert(e.key, e.value);
     }
@@ -186,7 +188,7 @@ public:
 
     unsigned int GetCount() const { return m_nUsed; }
     bool IsEmpty() const { return m_nUsed == 0; }
-    // 0 until the first insertion allocates the table.
+    // Always a power of two, from construction on; the slot arrays themselves are allocated by the first insertion.
     unsigned int GetSlotCount() const { return m_nSlots; }
     unsigned int GetDeletedCount() const { return m_nDeleted; }
     float MaxLoadFactor() const { return m_fMaxLoadFactor; }
@@ -244,7 +246,7 @@ public:
     // Returns the iterator to the next entry.
     iterator Erase(iterator it)
     {
-        if (it.m_nIndex >= m_nSlots || m_pStates[it.m_nIndex] != SLOT_OCCUPIED)
+        if (!m_pStates || it.m_nIndex >= m_nSlots || m_pStates[it.m_nIndex] != SLOT_OCCUPIED)
             return end();
         EraseSlot(it.m_nIndex);
         return iterator(this, NextOccupied(it.m_nIndex + 1));
@@ -252,7 +254,7 @@ public:
     // Removes every entry; the table keeps its size.
     void Clear()
     {
-        for (unsigned int i = 0; i < m_nSlots; ++i)
+        for (unsigned int i = 0; m_pStates && i < m_nSlots; ++i)
         {
             if (m_pStates[i] == SLOT_OCCUPIED)
                 DestroyNode(m_ppNodes[i]);
@@ -264,11 +266,12 @@ public:
     }
 
     // The state of a slot (for diagnostics and tests).
-    SlotState GetSlotState(unsigned int slot) const { return SlotState(m_pStates[slot]); }
+    SlotState GetSlotState(unsigned int slot) const { return m_pStates ? SlotState(m_pStates[slot]) : SLOT_EMPTY; }
     // The slot an entry lives in, or GetSlotCount() when absent.
     unsigned int SlotOf(const Key& key) const { return FindSlot(key); }
 
 private:
+    // The smallest power of two not below n, at least 1.
     static unsigned int RoundUpPow2(double n)
     {
         unsigned int s = 1;
@@ -277,10 +280,15 @@ private:
         return s;
     }
 
-    void Allocate(unsigned int slots)
+    void SetSize(unsigned int slots)
     {
         m_nSlots = slots;
         m_nThreshold = static_cast<unsigned int>(static_cast<double>(slots) * m_fMaxLoadFactor);
+    }
+
+    void Allocate(unsigned int slots)
+    {
+        SetSize(slots);
         m_pStates = static_cast<unsigned char*>(LxMalloc(slots));
         std::memset(m_pStates, SLOT_EMPTY, slots);
         m_ppNodes = static_cast<Node**>(LxMalloc(sizeof(Node*) * static_cast<size_t>(slots)));
@@ -293,7 +301,7 @@ private:
     {
         unsigned char* states = m_pStates;
         Node** nodes = m_ppNodes;
-        const unsigned int old = m_nSlots;
+        const unsigned int old = states ? m_nSlots : 0;
         Allocate(slots);
         for (unsigned int i = 0; i < old; ++i)
         {
@@ -314,6 +322,8 @@ private:
 
     unsigned int NextOccupied(unsigned int i) const
     {
+        if (!m_pStates)
+            return m_nSlots;
         while (i < m_nSlots && m_pStates[i] != SLOT_OCCUPIED)
             ++i;
         return i;
@@ -323,8 +333,8 @@ private:
     // state byte is read only to tell an empty slot (end of the search) from a deleted one.
     unsigned int FindSlot(const Key& key) const
     {
-        if (m_nSlots == 0)
-            return 0;
+        if (!m_pStates)
+            return m_nSlots;
         const unsigned int mask = m_nSlots - 1;
         const unsigned int h = m_hasher(key);
         unsigned int i = h & mask;
@@ -349,12 +359,16 @@ private:
     template <class MakeNode>
     std::pair<iterator, bool> InsertImpl(const Key& key, MakeNode make)
     {
-        if (m_nSlots == 0)
-            Allocate(RoundUpPow2(m_nRequestedSlots ? m_nRequestedSlots : 1));
-        else if (m_nUsed >= m_nThreshold)
+        if (m_nSlots == 0) // a moved-from map
+            SetSize(RoundUpPow2(m_nRequestedSlots));
+        // The threshold is checked before every insertion, the first included (a 1-slot table at load factor 0.5
+        // has a threshold of 0, so its first insertion already grows it to 2 slots).
+        if (m_nUsed >= m_nThreshold)
             Rebuild(RoundUpPow2(static_cast<double>(m_nSlots) / m_fMaxLoadFactor));
+        else if (!m_pStates)
+            Allocate(m_nSlots);
         else if (m_nUsed + m_nDeleted + 1 >= m_nSlots)
-            Rebuild(m_nSlots); // deleted slots crowd out the empty ones: clear them at the same size
+            Rebuild(m_nSlots); // deleted slots crowd out the last empty one: clear them at the same size
         const unsigned int h = m_hasher(key);
         const unsigned int step = StepFor(key, h);
         for (;;)

@@ -1,6 +1,6 @@
 // LxPoint3: a position, three 32-bit floats (x, y, z). Points and vectors are kept apart: point - point is an
 // LxVector3, point +/- vector is a point, and a matrix moves a point with its translation (LxMatrix4::
-// TransformPoint) but a vector without. A plain value type: default construction gives the origin.
+// TransformPoint) but a vector without. A vector converts to a point implicitly (a position held as a vector). A plain value type: default construction gives the origin.
 #pragma once
 
 #include "Common/LxVector3.h"
@@ -15,8 +15,10 @@ public:
     LxPoint3() : x(0.0f), y(0.0f), z(0.0f) {}
     LxPoint3(float x_, float y_, float z_) : x(x_), y(y_), z(z_) {}
     explicit LxPoint3(const float* v) : x(v[0]), y(v[1]), z(v[2]) {}
-    // The point at `v` from the origin.
-    explicit LxPoint3(const LxVector3& v) : x(v.x), y(v.y), z(v.z) {}
+    // The point at `v` from the origin. Implicit, so that positions kept as vectors (what the rest of the math and
+    // the shaders use) go straight into bounding volumes, culling and TransformPoint; the other way stays explicit
+    // (AsVector), so point - point is still a vector and point + point does not compile.
+    LxPoint3(const LxVector3& v) : x(v.x), y(v.y), z(v.z) {}
 
     float& operator[](unsigned int i) { return (&x)[i]; }
     float operator[](unsigned int i) const { return (&x)[i]; }

@@ -45,16 +45,17 @@ bool LxStandardFile::Write(const void* buffer, unsigned int bytes)
     return std::fwrite(buffer, 1, bytes, m_pStream) == bytes;
 }
 
-bool LxStandardFile::Seek(long offset, int origin)
+bool LxStandardFile::Seek(long offset, SeekOrigin origin)
 {
     if (!m_bOpen)
         return false;
     if (offset == 0 && origin == SEEK_FROM_CURRENT)
         return true;
-    return std::fseek(m_pStream, offset, origin) == 0;
+    const int whence = origin == SEEK_FROM_START ? SEEK_SET : origin == SEEK_FROM_CURRENT ? SEEK_CUR : SEEK_END;
+    return std::fseek(m_pStream, offset, whence) == 0;
 }
 
-unsigned int LxStandardFile::GetSize()
+unsigned int LxStandardFile::GetSize() const
 {
     if (!m_bOpen)
         return 0;

@@ -10,13 +10,9 @@ LxTimer::LxTimer(LxTimeSubject& parent) : m_pParent(&parent)
 // The observer base unregisters from the parent.
 LxTimer::~LxTimer() = default;
 
+// Only the flag: the last frame duration stays readable while paused (an update or SetTime changes it).
 void LxTimer::Pause(bool pause)
 {
-    if (pause && !m_bPaused)
-    {
-        m_dPreviousTime = m_dCurrentTime;
-        m_dFrameDuration = 0.0;
-    }
     m_bPaused = pause;
 }
 

@@ -25,12 +25,13 @@ public:
 
     double GetTime() const { return m_dCurrentTime; }
     double GetPreviousTime() const { return m_dPreviousTime; }
-    // Seconds covered by the last advance (or jump); 0 right after pausing.
+    // Seconds covered by the last advance (or jump). Pausing does not change it.
     double GetFrameDuration() const override { return m_dFrameDuration; }
     float GetScale() const { return m_fScale; }
     void SetScale(float scale) { m_fScale = scale; }
     bool IsPaused() const { return m_bPaused; }
-    // Pausing also zeroes the frame duration (previous time = current time), so readers see a timer at rest.
+    // Sets the paused flag only: a paused timer ignores its parent's updates (and so stops the timers below it),
+    // but keeps its times and its last frame duration; only an update or SetTime changes those.
     void Pause(bool pause);
     // Null once the parent was destroyed.
     LxTimeSubject* GetParent() const { return m_pParent; }

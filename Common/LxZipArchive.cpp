@@ -47,6 +47,49 @@ bool IsValidMode(const LxString& mode, bool& reading)
     return true;
 }
 
+// The name of a zip compression method (APPNOTE numbering), for the message that refuses it.
+const char* CompressionMethodName(unsigned long method)
+{
+    switch (method)
+    {
+    case 1:
+        return "shrink";
+    case 2:
+    case 3:
+    case 4:
+    case 5:
+        return "reduce";
+    case 6:
+        return "implode";
+    case 9:
+        return "deflate64";
+    case 10:
+        return "PKWARE DCL implode";
+    case 12:
+        return "bzip2";
+    case 14:
+        return "LZMA";
+    case 18:
+        return "IBM TERSE";
+    case 19:
+        return "IBM LZ77";
+    case 93:
+        return "Zstandard";
+    case 95:
+        return "xz";
+    case 96:
+        return "JPEG";
+    case 97:
+        return "WavPack";
+    case 98:
+        return "PPMd";
+    case 99:
+        return "AES encryption";
+    default:
+        return "unknown";
+    }
+}
+
 // Deflate cannot expand data by more than about 1032:1; stored entries are their own size.
 bool SizesFit(const LxZipArchive::EntryInfo& e, unsigned long long archiveSize)
 {
@@ -54,9 +97,7 @@ bool SizesFit(const LxZipArchive::EntryInfo& e, unsigned long long archiveSize)
         return false;
     if (e.method == 0)
         return e.compressedSize == e.uncompressedSize;
-    if (e.method == Z_DEFLATED)
-        return e.uncompressedSize <= e.compressedSize * 1032ull + 1024ull;
-    return false;
+    return e.uncompressedSize <= e.compressedSize * 1032ull + 1024ull; // deflate: the only other method read
 }
 } // namespace
 
@@ -112,7 +153,8 @@ bool LxZipArchive::BuildDirectory()
         if (unzGetCurrentFileInfo64(uf, &info, nullptr, 0, nullptr, 0, nullptr, 0) != UNZ_OK)
             return false;
         name.Resize(static_cast<unsigned int>(info.size_filename) + 1);
-        if (unzGetCurrentFileInfo64(uf, &info, name.GetData(), info.size_filename + 1, nullptr, 0, nullptr, 0) != UNZ_OK)
+        if (unzGetCurrentFileInfo64(uf, &info, name.GetData(), info.size_filename + 1, nullptr, 0, nullptr, 0) !=
+            UNZ_OK)
             return false;
         unz64_file_pos pos;
         if (unzGetFilePos64(uf, &pos) != UNZ_OK)
@@ -125,7 +167,8 @@ bool LxZipArchive::BuildDirectory()
         entry.method = info.compression_method;
         entry.crc = info.crc;
         entry.time = ZipTimeToTicks(info.tmu_date);
-        m_directory.Insert(NormalizeName(LxString(name.GetData(), static_cast<unsigned int>(info.size_filename))), entry);
+        m_directory.Insert(NormalizeName(LxString(name.GetData(), static_cast<unsigned int>(info.size_filename))),
+                           entry);
         ++walked;
         err = unzGoToNextFile(uf);
     }
@@ -201,6 +244,13 @@ LxFile* LxZipArchive::OpenFile(const LxString& name, const LxString& mode) const
         if (global && global != this && global->FileExists(name, nullptr))
             return global->OpenFile(name, mode);
         LX_ERROR("Couldn't open zip archive for reading!!  FileExists() fails!!");
+        return nullptr;
+    }
+    if (entry->method != 0 && entry->method != Z_DEFLATED)
+    {
+        LX_ERROR("LxZipArchive::OpenFile.  Entry %s of %s is compressed with method %lu (%s), which is not supported: "
+                 "only stored (0) and deflate (8) entries can be read.",
+                 normalized.c_str(), m_name.c_str(), entry->method, CompressionMethodName(entry->method));
         return nullptr;
     }
     if (!SizesFit(*entry, m_nArchiveSize))

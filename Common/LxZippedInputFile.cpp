@@ -79,35 +79,37 @@ unsigned int LxZippedInputFile::Read(void* buffer, unsigned int bytes)
     if (!m_bOpen)
         return 0;
     const unsigned int size = static_cast<unsigned int>(m_entry.uncompressedSize);
-    if (bytes > size - m_nPosition)
-        bytes = size - m_nPosition;
-    if (bytes == 0 || !m_bEntryOpen)
-        return 0;
-    unzFile uf = static_cast<unzFile>(m_pReader);
-    const int got = unzReadCurrentFile(uf, buffer, bytes);
-    if (got < 0)
+    const unsigned int wanted = bytes < size - m_nPosition ? bytes : size - m_nPosition;
+    unsigned int got = 0;
+    if (wanted > 0 && m_bEntryOpen)
     {
-        LogReadError(got);
-        return LX_FILE_READ_ERROR;
-    }
-    if (static_cast<unsigned int>(got) != bytes)
-    {
-        LX_ERROR("LxZippedInputFile::Read().  Tried to read: %u bytes.  Only read: %d bytes.  I/O error??", bytes, got);
-        return LX_FILE_READ_ERROR;
-    }
-    m_nPosition += bytes;
-    if (m_nPosition == size)
-    {
-        // The CRC is checked when the entry is closed, so close it as soon as the last byte is out.
-        m_bEntryOpen = false;
-        const int err = unzCloseCurrentFile(uf);
-        if (err != UNZ_OK)
+        unzFile uf = static_cast<unzFile>(m_pReader);
+        const int n = unzReadCurrentFile(uf, buffer, wanted);
+        if (n < 0)
         {
-            LogReadError(err);
+            LogReadError(n);
             return LX_FILE_READ_ERROR;
         }
+        got = static_cast<unsigned int>(n);
+        m_nPosition += got;
+        if (m_nPosition == size)
+        {
+            // The CRC is checked when the entry is closed, so close it as soon as the last byte is out.
+            m_bEntryOpen = false;
+            const int err = unzCloseCurrentFile(uf);
+            if (err != UNZ_OK)
+            {
+                LogReadError(err);
+                return LX_FILE_READ_ERROR;
+            }
+        }
     }
-    return bytes;
+    // Unlike a disk file, an entry has a known size, so asking for more than is left is the caller's mistake (or
+    // a damaged archive): say so, and hand back what was there.
+    if (got != bytes)
+        LX_ERROR("LxZippedInputFile::Read().  Tried to read: %u bytes.  Only read: %d bytes.  I/O error??", bytes,
+                 static_cast<int>(got));
+    return got;
 }
 
 bool LxZippedInputFile::Write(const void*, unsigned int)
@@ -128,7 +130,7 @@ bool LxZippedInputFile::Skip(unsigned int bytes)
     return true;
 }
 
-bool LxZippedInputFile::Seek(long offset, int origin)
+bool LxZippedInputFile::Seek(long offset, SeekOrigin origin)
 {
     if (!m_bOpen)
         return false;
@@ -150,7 +152,7 @@ bool LxZippedInputFile::Seek(long offset, int origin)
     return Skip(static_cast<unsigned int>(target - m_nPosition));
 }
 
-unsigned int LxZippedInputFile::GetSize()
+unsigned int LxZippedInputFile::GetSize() const
 {
     return m_bOpen ? static_cast<unsigned int>(m_entry.uncompressedSize) : 0;
 }

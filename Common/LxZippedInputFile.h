@@ -2,6 +2,10 @@
 //
 // Reads decompress forward; a backward seek re-opens the entry and skips forward. Reaching the end of the entry
 // checks its CRC: a mismatch is an I/O error (0xFFFFFFFF). Write always fails. Created by LxZipArchive::OpenFile.
+// Short reads: the entry's size is known, so a read that returns fewer bytes than asked (past the end, or a
+// damaged entry) logs "Tried to read: N bytes.  Only read: M bytes" and returns M. Code that reads to the end asks
+// for exactly what is left (GetSize() minus what it has read), as the whole-file and line readers do, so reaching
+// the end is never reported; asking for more is.
 #pragma once
 
 #include "Common/LxFile.h"
@@ -17,8 +21,8 @@ public:
     unsigned int Read(void* buffer, unsigned int bytes) override;
     bool Write(const void* buffer, unsigned int bytes) override;
     using LxFile::Write;
-    bool Seek(long offset, int origin) override;
-    unsigned int GetSize() override;
+    bool Seek(long offset, SeekOrigin origin) override;
+    unsigned int GetSize() const override;
     bool Flush() override;
 
 private:

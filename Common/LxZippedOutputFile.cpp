@@ -66,7 +66,7 @@ bool LxZippedOutputFile::Write(const void* buffer, unsigned int bytes)
     return true;
 }
 
-bool LxZippedOutputFile::Seek(long offset, int origin)
+bool LxZippedOutputFile::Seek(long offset, SeekOrigin origin)
 {
     // Only the no-op seek works on a deflate stream.
     return m_bOpen && offset == 0 && origin == SEEK_FROM_CURRENT;

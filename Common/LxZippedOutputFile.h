@@ -16,8 +16,8 @@ public:
     unsigned int Read(void* buffer, unsigned int bytes) override;
     bool Write(const void* buffer, unsigned int bytes) override;
     using LxFile::Write;
-    bool Seek(long offset, int origin) override;
-    unsigned int GetSize() override { return m_nSize; }
+    bool Seek(long offset, SeekOrigin origin) override;
+    unsigned int GetSize() const override { return m_nSize; }
     bool Flush() override { return m_bOpen; }
 
 private:

@@ -54,9 +54,9 @@ bool LxShaderResourceSlot::IsKnownElementFormat(const LxString& format)
     return false;
 }
 
-bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
+bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams* out) const
 {
-    out = LxSlotViewParams();
+    *out = LxSlotViewParams();
     LxCountedPtr<LxAnnotationValue> viewParams = m_annotations.LookupValue("ViewParams");
     if (!viewParams)
         return true;
@@ -74,8 +74,8 @@ bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
             continue;
         if (v->IsFloat())
         {
-            out.values[f] = ToUnsigned(v->GetFloat());
-            out.present[f] = true;
+            out->values[f] = ToUnsigned(v->GetFloat());
+            out->present[f] = true;
             continue;
         }
         const LxString path = LxString("ViewParams.") + kFieldNames[f] + ".ScriptVariable";
@@ -96,8 +96,8 @@ bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
             ok = false;
             continue;
         }
-        out.values[f] = ToUnsigned(number);
-        out.present[f] = true;
+        out->values[f] = ToUnsigned(number);
+        out->present[f] = true;
     }
 
     LxCountedPtr<LxAnnotationValue> format = map.LookupValue("ElementFormat");
@@ -115,8 +115,8 @@ bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
         }
         else
         {
-            out.elementFormat = format->GetString();
-            out.hasElementFormat = true;
+            out->elementFormat = format->GetString();
+            out->hasElementFormat = true;
         }
     }
 
@@ -130,11 +130,11 @@ bool LxShaderResourceSlot::ReadViewParams(LxSlotViewParams& out) const
         }
         else
         {
-            out.counter = counter->GetBool();
-            out.hasCounter = true;
+            out->counter = counter->GetBool();
+            out->hasCounter = true;
         }
     }
-    CheckViewParamsForType(out);
+    CheckViewParamsForType(*out);
     return ok;
 }
 
@@ -161,7 +161,7 @@ LxGPUResourceViewDescription LxShaderResourceSlot::MakeViewDescription(const LxG
 {
     LxGPUResourceViewDescription desc = resource.GetDefaultViewDescription(viewType);
     LxSlotViewParams params;
-    ReadViewParams(params); // malformed entries were reported; the well-formed ones still apply
+    ReadViewParams(&params); // malformed entries were reported; the well-formed ones still apply
     auto narrow = [](unsigned int v) { return static_cast<unsigned short>(v > 0xFFFFu ? 0xFFFFu : v); };
     if (resource.GetType() == LxGPUResource::BUFFER)
     {

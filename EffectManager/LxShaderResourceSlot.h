@@ -49,7 +49,7 @@ public:
 
     // Reads the slot's "ViewParams" (absent: all flags false, true returned). False when anything was malformed;
     // the well-formed entries are still filled in.
-    bool ReadViewParams(LxSlotViewParams& out) const;
+    bool ReadViewParams(LxSlotViewParams* out) const;
     static bool IsKnownElementFormat(const LxString& format);
     // The format of a buffer element type ("float3" gives LX_FORMAT_R32G32B32_FLOAT); LX_FORMAT_UNKNOWN if unknown.
     static LxGPUResourceFormat ElementFormatToFormat(const LxString& format);

@@ -42,13 +42,14 @@ bool LxVertexElement::DataTypeFromString(const LxString& name, DataType* type)
     return false;
 }
 
-void LxVertexElement::GetSemantic(LxString& semanticName, unsigned int& semanticIndex) const
+void LxVertexElement::GetSemantic(LxString* semanticName, unsigned int* semanticIndex) const
 {
     unsigned int end = m_name.GetLength();
     while (end > 0 && m_name[end - 1] >= '0' && m_name[end - 1] <= '9')
         --end;
-    semanticName = m_name.Left(end);
-    semanticIndex = 0;
-    for (unsigned int i = end; i < m_name.GetLength() && semanticIndex < 100000000u; ++i)
-        semanticIndex = semanticIndex * 10 + unsigned(m_name[i] - '0');
+    *semanticName = m_name.Left(end);
+    unsigned int index = 0;
+    for (unsigned int i = end; i < m_name.GetLength() && index < 100000000u; ++i)
+        index = index * 10 + unsigned(m_name[i] - '0');
+    *semanticIndex = index;
 }

@@ -74,7 +74,7 @@ public:
     static const char* DataTypeToString(DataType type);
     static bool DataTypeFromString(const LxString& name, DataType* type);
     // The first name split into semantic and index: "TEXCOORD3" gives "TEXCOORD" and 3; no digits give index 0.
-    void GetSemantic(LxString& semanticName, unsigned int& semanticIndex) const;
+    void GetSemantic(LxString* semanticName, unsigned int* semanticIndex) const;
 
 private:
     DataType m_type;

@@ -72,17 +72,13 @@ const char* LxGetFormatName(LxGPUResourceFormat format)
     return InRange(format) ? kFormats[format].name : nullptr;
 }
 
-bool LxGetFormatFromName(const char* name, LxGPUResourceFormat& format)
+bool LxGetFormatFromName(const LxString& name, LxGPUResourceFormat* format)
 {
-    if (name == nullptr)
-    {
-        return false;
-    }
     for (unsigned i = 0; i < LX_FORMAT_COUNT; ++i)
     {
-        if (std::strcmp(kFormats[i].name, name) == 0)
+        if (name == kFormats[i].name)
         {
-            format = static_cast<LxGPUResourceFormat>(i);
+            *format = static_cast<LxGPUResourceFormat>(i);
             return true;
         }
     }

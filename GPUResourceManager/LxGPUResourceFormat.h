@@ -8,6 +8,7 @@
 #pragma once
 
 #include "Common/LxApi.h"
+#include "Common/LxString.h"
 
 // X-macro of the format list: LX_GPU_FORMAT(name, bits per element). Order is value order from 0; the enumerator is
 // LX_FORMAT_<name>. For block-compressed formats the bits are per texel averaged over a 4x4 block.
@@ -136,6 +137,6 @@ LX_API bool LxIsFormatTypeless(LxGPUResourceFormat format);
 LX_API const char* LxGetFormatName(LxGPUResourceFormat format);
 
 // Looks up an enumerator text, exactly and case-sensitively as the effect language's keywords are written. Returns
-// false and leaves `format` untouched when the text names no format (a null text included); logs nothing, so the
+// false and leaves `format` untouched when the text names no format ; logs nothing, so the
 // caller can report the bad keyword in its own context.
-LX_API bool LxGetFormatFromName(const char* name, LxGPUResourceFormat& format);
+LX_API bool LxGetFormatFromName(const LxString& name, LxGPUResourceFormat* format);

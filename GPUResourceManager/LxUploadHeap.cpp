@@ -56,9 +56,9 @@ bool LxUploadHeap::InitializeRing(unsigned char* begin, unsigned long long capac
     return true;
 }
 
-bool LxUploadHeap::Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation& out)
+bool LxUploadHeap::Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation* out)
 {
-    out = LxUploadAllocation();
+    *out = LxUploadAllocation();
     if (m_pBegin == nullptr)
     {
         LX_ERROR("LxUploadHeap::Allocate.  The upload heap has no memory.");
@@ -137,10 +137,10 @@ bool LxUploadHeap::Allocate(unsigned long long bytes, unsigned long long alignme
             }
         }
     }
-    out.resource = m_pResource;
-    out.base = m_pBegin;
-    out.offset = position;
-    out.size = bytes;
+    out->resource = m_pResource;
+    out->base = m_pBegin;
+    out->offset = position;
+    out->size = bytes;
     return true;
 }
 

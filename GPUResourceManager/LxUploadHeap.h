@@ -50,7 +50,7 @@ public:
     // `bytes` at `alignment` (a power of two; anything else is reported as "non-pow2 alignment" and used as well as
     // it rounds, 0 as 1). A request whose charge (padding, any skipped tail of the ring, the bytes) exceeds the
     // capacity fails at once with "Allocation is greater than upload heap size".
-    bool Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation& out);
+    bool Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation* out);
 
     // Records the frame that ends (nothing when it allocated nothing): its bytes come back once `fence` reaches
     // `fenceValue`.

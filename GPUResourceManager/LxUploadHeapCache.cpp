@@ -15,7 +15,7 @@ void LxUploadHeapCache::Reset()
     m_nUsed = 0;
 }
 
-bool LxUploadHeapCache::Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation& out)
+bool LxUploadHeapCache::Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation* out)
 {
     if (bytes > m_nBlockSize / 4 || m_nBlockSize > m_pHeap->GetCapacity() / 4 || alignment == 0 ||
         (alignment & (alignment - 1)) != 0)
@@ -33,10 +33,10 @@ bool LxUploadHeapCache::Allocate(unsigned long long bytes, unsigned long long al
             if (position + bytes <= m_block.size)
             {
                 m_nUsed = position + bytes;
-                out.resource = m_block.resource;
-                out.base = m_block.base;
-                out.offset = m_block.offset + position;
-                out.size = bytes;
+                out->resource = m_block.resource;
+                out->base = m_block.base;
+                out->offset = m_block.offset + position;
+                out->size = bytes;
                 return true;
             }
         }
@@ -47,7 +47,7 @@ bool LxUploadHeapCache::Allocate(unsigned long long bytes, unsigned long long al
         // A new block, in the frame under way.
         Reset();
         m_nBlockFrame = m_pHeap->GetFrameCounter();
-        if (!m_pHeap->Allocate(m_nBlockSize, kBlockAlignment, m_block))
+        if (!m_pHeap->Allocate(m_nBlockSize, kBlockAlignment, &m_block))
         {
             Reset();
             break;

@@ -22,7 +22,7 @@ public:
 
     explicit LxUploadHeapCache(LxUploadHeap& heap, unsigned long long blockSize = kDefaultBlockSize);
 
-    bool Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation& out);
+    bool Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation* out);
     // Forgets the current block (its unused rest is recycled with its frame).
     void Reset();
 

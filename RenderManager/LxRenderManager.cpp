@@ -506,7 +506,7 @@ int LxRenderManager::GetWorkerIndex() const
 }
 
 bool LxRenderManager::AllocateUpload(LxUploadHeap& heap, unsigned long long bytes, unsigned long long alignment,
-                                     LxUploadAllocation& out)
+                                     LxUploadAllocation* out)
 {
     if (heap.Allocate(bytes, alignment, out))
     {

@@ -41,7 +41,7 @@ class MutexRing
 {
 public:
     MutexRing(unsigned char* begin, unsigned long long capacity) : m_pBegin(begin), m_nCapacity(capacity) {}
-    bool Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation& out)
+    bool Allocate(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation* out)
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         const uintptr_t base = reinterpret_cast<uintptr_t>(m_pBegin);
@@ -64,9 +64,9 @@ public:
             m_frames.pop_front();
         }
         m_nAllocated += charge;
-        out.base = m_pBegin;
-        out.offset = position;
-        out.size = bytes;
+        out->base = m_pBegin;
+        out->offset = position;
+        out->size = bytes;
         return true;
     }
     void EndFrame(LxFence* fence, unsigned long long value)
@@ -161,11 +161,11 @@ void BM_UploadRing(benchmark::State& state)
             LxUploadAllocation a;
             bool ok;
             if (kind == Ring::LockFree)
-                ok = s.heap.Allocate(kBytes, kAlignment, a);
+                ok = s.heap.Allocate(kBytes, kAlignment, &a);
             else if (kind == Ring::Cached)
-                ok = cache->Allocate(kBytes, kAlignment, a);
+                ok = cache->Allocate(kBytes, kAlignment, &a);
             else
-                ok = s.mutexRing.Allocate(kBytes, kAlignment, a);
+                ok = s.mutexRing.Allocate(kBytes, kAlignment, &a);
             failures += ok ? 0 : 1;
             benchmark::DoNotOptimize(a.offset);
         }

@@ -41,7 +41,7 @@ void ParseWith(LxEffectBuilder& builder, const LxString& text, const LxSearchPat
         for (unsigned int i = 0; i < effect->GetNumTextureSlots(); ++i)
         {
             LxSlotViewParams params;
-            effect->GetTextureSlot(i)->ReadViewParams(params);
+            effect->GetTextureSlot(i)->ReadViewParams(&params);
         }
     }
     delete effect;

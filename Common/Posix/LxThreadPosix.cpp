@@ -22,6 +22,7 @@ LxThread::LxThread() : m_pImpl(new Impl), m_bActive(false) {}
 
 LxThread::~LxThread()
 {
+    ReportDestroyedWhileRunning();
     Join(0);
     delete m_pImpl;
 }

@@ -175,7 +175,7 @@ public:
     // Allocates upload memory, flushing once and retrying when the heap is full ("Flushed upload heap but
     // allocation still failed\n" when even that fails).
     bool AllocateUpload(LxUploadHeap& heap, unsigned long long bytes, unsigned long long alignment,
-                        LxUploadAllocation& out);
+                        LxUploadAllocation* out);
 
     LxFrameStats& GetFrameStats() { return m_frameStats; }
     const LxFrameStats& GetFrameStats() const { return m_frameStats; }

@@ -91,7 +91,7 @@ TEST(LxList, LinksInBothDirections)
 TEST(LxHashMap, GrowthInsertionAndIteration)
 {
     StringMap m(8, 0.5f);
-    EXPECT_EQ(m.GetSlotCount(), 0u); // allocated on first use
+    EXPECT_EQ(m.GetSlotCount(), 8u); // the slot count holds from construction, however lazily it is allocated
     for (int i = 0; i < 4; ++i)
         m.Insert(LxString::Formatted("key%d", i), i);
     EXPECT_EQ(m.GetSlotCount(), 8u);
@@ -100,8 +100,19 @@ TEST(LxHashMap, GrowthInsertionAndIteration)
     for (int i = 0; i < 5; ++i)
         EXPECT_EQ(*m.FindValue(LxString::Formatted("key%d", i)), i);
     StringMap odd(10, 0.75f);
-    odd.Insert(LxString("x"), 1);
     EXPECT_EQ(odd.GetSlotCount(), 16u); // rounded up to a power of two
+    EXPECT_EQ(StringMap(0, 0.5f).GetSlotCount(), 1u);
+
+    // The threshold is checked before every insertion, the first included: 1 slot at 0.5 has a threshold of 0.
+    StringMap tiny(1, 0.5f);
+    tiny.Insert(LxString("a"), 1);
+    EXPECT_EQ(tiny.GetSlotCount(), 2u);
+    tiny.Insert(LxString("b"), 2);
+    EXPECT_EQ(tiny.GetSlotCount(), 4u);
+    EXPECT_EQ(tiny.SlotOf(LxString("a")), LxString("a").Hash() % 4u); // positions follow the grown table
+    EXPECT_EQ(tiny.SlotOf(LxString("zz")), tiny.GetSlotCount());    // absent
+    StringMap empty(4, 0.5f);
+    EXPECT_TRUE(empty.begin() == empty.end());
 
     // Insert hands back the existing entry, whose node does not move.
     auto first = m.Insert(LxString("a"), 1);

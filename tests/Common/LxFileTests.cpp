@@ -66,7 +66,7 @@ TEST(LxStandardFile, ReadWriteSeekAndSize)
     EXPECT_FALSE(f->IsOpen());
     EXPECT_EQ(f->Read(buf, 1), 0u);
     EXPECT_FALSE(f->Write("x", 1));
-    EXPECT_FALSE(f->Seek(0, 0));
+    EXPECT_FALSE(f->Seek(0, LxFile::SEEK_FROM_START));
     EXPECT_EQ(f->GetSize(), 0u);
     EXPECT_FALSE(f->Flush());
 }

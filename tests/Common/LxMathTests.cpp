@@ -414,6 +414,15 @@ TEST(LxFrustum, BoxAndSphereCullingRules)
     EXPECT_EQ(F::LX_CULL_OUTSIDE, reversed.CullAxisAlignedBox(LxPoint3(0.5f, 0, 1.25f), LxPoint3(1.5f, 0.5f, 2)));
 
     EXPECT_EQ(F::LX_CULL_INTERSECT, LxFrustum().CullSphere(LxPoint3(1e6f, 0, 0), 1.0f)) << "a default frustum";
+
+    // Positions kept as vectors go in as they are.
+    const LxVector3 centre(0, 0, 0.5f), lo(-0.5f, -0.5f, 0.25f), hi(0.5f, 0.5f, 0.75f);
+    EXPECT_EQ(F::LX_CULL_INSIDE, f.CullSphere(centre, r));
+    EXPECT_EQ(F::LX_CULL_INSIDE, f.CullAxisAlignedBox(lo, hi));
+    LxBoundingBox fromVectors(lo, hi);
+    fromVectors.AddPoint(LxVector3(2, 0, 0.5f));
+    EXPECT_EQ(F::LX_CULL_INTERSECT, f.CullAxisAlignedBox(fromVectors));
+    EXPECT_TRUE(fromVectors.Contains(centre));
 }
 
 TEST(LxBoundingVolumes, TransformAndGrow)

@@ -39,12 +39,12 @@ public:
         return true;
     }
     using LxFile::Write;
-    bool Seek(long offset, int) override
+    bool Seek(long offset, SeekOrigin) override
     {
         m_pos = static_cast<size_t>(offset);
         return true;
     }
-    unsigned int GetSize() override { return static_cast<unsigned int>(m_bytes.size()); }
+    unsigned int GetSize() const override { return static_cast<unsigned int>(m_bytes.size()); }
     bool Flush() override { return true; }
 
     const std::string& Bytes() const { return m_bytes; }

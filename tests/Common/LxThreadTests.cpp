@@ -69,22 +69,17 @@ double MillisecondsSince(std::chrono::steady_clock::time_point start)
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
 }
 
-// A thread running a function.
+// A thread running a function, through the callable form.
 class FunctionThread : public LxThread
 {
 public:
-    explicit FunctionThread(std::function<void()> body) : m_body(std::move(body)) {}
-    ~FunctionThread() override { Join(0); }
-
-protected:
-    unsigned int Run() override
+    explicit FunctionThread(std::function<void()> body)
+        : LxThread([body] {
+              body();
+              return 0u;
+          })
     {
-        m_body();
-        return 0;
     }
-
-private:
-    std::function<void()> m_body;
 };
 
 // Runs `count` threads of `body` at once and joins them all.
@@ -603,6 +598,39 @@ TEST(LxClock, ObserversInOrderAndRemovalDuringNotification)
     // a is destroyed before the clock (declared after it): it leaves the clock on its way out.
 }
 
+// The derived form's trap is reported: a derived body still running when the base destructor runs.
+TEST(LxThread, DerivedThreadDestroyedWhileRunningIsReported)
+{
+    static LxSignal started; // not a member: the body must touch nothing of the derived part
+    struct Sleeper : LxThread
+    {
+        unsigned int Run() override
+        {
+            started.Signal();
+            LxThread::Sleep(50);
+            return 0;
+        }
+    };
+    LxTest::LogCapture log;
+    {
+        Sleeper s;
+        ASSERT_TRUE(s.Start());
+        ASSERT_TRUE(started.Wait(0)); // the body is under way before the destructor rewrites the object
+    }
+    EXPECT_TRUE(log.Contains("LxThread::~LxThread.  A derived thread was destroyed while its Run() was still "
+                             "executing: the derived destructor must make it return and call Join() first.",
+                             LX_LOG_ERROR));
+    LxTest::LogCapture quiet;
+    {
+        LxThread callable([] {
+            LxThread::Sleep(20);
+            return 7u;
+        });
+        ASSERT_TRUE(callable.Start());
+    }
+    EXPECT_EQ(quiet.ErrorCount(), 0) << "the callable form joins safely in the destructor";
+}
+
 // --- timers -------------------------------------------------------------------------------------------------------
 
 TEST(LxTimer, ScalePauseAndChaining)
@@ -622,9 +650,11 @@ TEST(LxTimer, ScalePauseAndChaining)
     EXPECT_EQ(0.125, half.GetFrameDuration());
 
     // A paused timer stands still, and so does every timer below it; unpausing resumes without a jump.
+    // Pausing sets the flag and nothing else: the last frame duration and the previous time stay as they were.
     half.Pause(true);
     EXPECT_TRUE(half.IsPaused());
-    EXPECT_EQ(0.0, half.GetFrameDuration());
+    EXPECT_EQ(0.125, half.GetFrameDuration());
+    EXPECT_EQ(0.375, half.GetPreviousTime());
     c.Step(0.25);
     c.Step(0.25);
     EXPECT_EQ(1.5, c.clock.GetTime());

@@ -229,10 +229,10 @@ TEST(LxVertexElement, TablesAndSemantics)
 
     LxString semantic;
     unsigned int index = 99;
-    LxVertexElement(LxVertexElement::TYPE_FLOAT2, "TEXCOORD3").GetSemantic(semantic, index);
+    LxVertexElement(LxVertexElement::TYPE_FLOAT2, "TEXCOORD3").GetSemantic(&semantic, &index);
     EXPECT_STREQ("TEXCOORD", semantic.c_str());
     EXPECT_EQ(3u, index);
-    LxVertexElement(LxVertexElement::TYPE_FLOAT3, "POSITION").GetSemantic(semantic, index);
+    LxVertexElement(LxVertexElement::TYPE_FLOAT3, "POSITION").GetSemantic(&semantic, &index);
     EXPECT_STREQ("POSITION", semantic.c_str());
     EXPECT_EQ(0u, index);
 }
@@ -282,7 +282,7 @@ TEST(LxShaderResourceSlot, ViewParamsReadFloatsScriptVariablesAndChecks)
     ASSERT_TRUE(fx) << capture.All();
     LxScriptVariableSource::SetGlobal(&script);
     LxSlotViewParams p;
-    EXPECT_FALSE(fx->GetTextureSlot("t")->ReadViewParams(p));
+    EXPECT_FALSE(fx->GetTextureSlot("t")->ReadViewParams(&p));
     LxScriptVariableSource::SetGlobal(nullptr);
     EXPECT_EQ(1u, p.values[LxSlotViewParams::MIP_SLICE]);
     EXPECT_EQ(4u, p.values[LxSlotViewParams::MIP_LEVELS]);
@@ -294,21 +294,21 @@ TEST(LxShaderResourceSlot, ViewParamsReadFloatsScriptVariablesAndChecks)
                          "a script variable"));
     EXPECT_TRUE(capture.Contains("W slice annotations are not used on views of Texture2D slots.  Are you confused??"));
 
-    EXPECT_TRUE(fx->GetTextureSlot("b")->ReadViewParams(p));
+    EXPECT_TRUE(fx->GetTextureSlot("b")->ReadViewParams(&p));
     EXPECT_STREQ("uint3", p.elementFormat.c_str());
-    EXPECT_FALSE(fx->GetTextureSlot("b2")->ReadViewParams(p));
+    EXPECT_FALSE(fx->GetTextureSlot("b2")->ReadViewParams(&p));
     EXPECT_TRUE(capture.Contains("Unrecognized view format: 'half'"));
-    fx->GetTextureSlot("v")->ReadViewParams(p);
+    fx->GetTextureSlot("v")->ReadViewParams(&p);
     EXPECT_TRUE(
         capture.Contains("Array slice annotations are not used on views of Texture3D slots.  Are you confused??"));
-    fx->GetTextureSlot("c")->ReadViewParams(p);
+    fx->GetTextureSlot("c")->ReadViewParams(&p);
     EXPECT_TRUE(
         capture.Contains("W slice annotations are not used on views of TextureCube slots.  Are you confused??"));
-    EXPECT_FALSE(fx->GetTextureSlot("notMap")->ReadViewParams(p));
+    EXPECT_FALSE(fx->GetTextureSlot("notMap")->ReadViewParams(&p));
     EXPECT_TRUE(capture.Contains("'ViewParams' slot annotation must have type 'MAP'"));
-    EXPECT_TRUE(fx->GetUAVSlot("u")->ReadViewParams(p));
+    EXPECT_TRUE(fx->GetUAVSlot("u")->ReadViewParams(&p));
     EXPECT_TRUE(p.hasCounter && p.counter);
-    EXPECT_FALSE(fx->GetUAVSlot("u2")->ReadViewParams(p));
+    EXPECT_FALSE(fx->GetUAVSlot("u2")->ReadViewParams(&p));
     EXPECT_TRUE(capture.Contains("Value of 'Counter' view parameter must be of type BOOL"));
 }
 

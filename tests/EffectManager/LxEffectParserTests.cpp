@@ -38,7 +38,7 @@ TEST(LxEffectParser, ExampleEffectBuildsEveryDeclaration)
     EXPECT_EQ(LxTextureSlot::TEXTURE_2D, tex->GetType());
     EXPECT_FLOAT_EQ(1.0f, tex->GetAnnotations().LookupFloat("ViewParams.MipLevels", -1.0f));
     LxSlotViewParams params;
-    EXPECT_TRUE(tex->ReadViewParams(params));
+    EXPECT_TRUE(tex->ReadViewParams(&params));
     EXPECT_TRUE(params.present[LxSlotViewParams::MIP_LEVELS]);
     EXPECT_EQ(1u, params.values[LxSlotViewParams::MIP_LEVELS]);
 

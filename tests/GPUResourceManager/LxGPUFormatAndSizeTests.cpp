@@ -51,14 +51,13 @@ TEST(GPUResourceFormat, NameLookupRoundTripsEveryFormatAndRejectsOthers)
     for (unsigned v = 0; v < LX_FORMAT_COUNT; ++v)
     {
         LxGPUResourceFormat found = LX_FORMAT_COUNT;
-        ASSERT_TRUE(LxGetFormatFromName(LxGetFormatName(static_cast<LxGPUResourceFormat>(v)), found)) << v;
+        ASSERT_TRUE(LxGetFormatFromName(LxGetFormatName(static_cast<LxGPUResourceFormat>(v)), &found)) << v;
         EXPECT_EQ(v, static_cast<unsigned>(found));
     }
     LxGPUResourceFormat untouched = LX_FORMAT_R8_UNORM;
-    EXPECT_FALSE(LxGetFormatFromName("LX_FORMAT_BC6H_UF16", untouched)); // there is no BC6H
-    EXPECT_FALSE(LxGetFormatFromName("lx_format_r8g8b8a8_unorm", untouched));
-    EXPECT_FALSE(LxGetFormatFromName("R8G8B8A8_UNORM", untouched));
-    EXPECT_FALSE(LxGetFormatFromName(nullptr, untouched));
+    EXPECT_FALSE(LxGetFormatFromName("LX_FORMAT_BC6H_UF16", &untouched)); // there is no BC6H
+    EXPECT_FALSE(LxGetFormatFromName("lx_format_r8g8b8a8_unorm", &untouched));
+    EXPECT_FALSE(LxGetFormatFromName("R8G8B8A8_UNORM", &untouched));
     EXPECT_EQ(LX_FORMAT_R8_UNORM, untouched);
 }
 

@@ -43,7 +43,7 @@ struct Ring
     long long At(unsigned long long bytes, unsigned long long alignment = 1, LxUploadHeapCache* cache = nullptr)
     {
         LxUploadAllocation a;
-        const bool ok = cache ? cache->Allocate(bytes, alignment, a) : heap.Allocate(bytes, alignment, a);
+        const bool ok = cache ? cache->Allocate(bytes, alignment, &a) : heap.Allocate(bytes, alignment, &a);
         return ok ? static_cast<long long>(a.offset) : -1;
     }
     unsigned char* block;
@@ -60,7 +60,7 @@ TEST(UploadHeap, PlacesAlignedBlocksBackToBack)
     ASSERT_TRUE(r.heap.InitializeRing(r.begin, 1024, &resource));
     EXPECT_EQ(1024u, r.heap.GetFreeBytes());
     LxUploadAllocation a;
-    ASSERT_TRUE(r.heap.Allocate(10, 1, a));
+    ASSERT_TRUE(r.heap.Allocate(10, 1, &a));
     EXPECT_EQ(0u, a.offset);
     EXPECT_EQ(10u, a.size);
     EXPECT_EQ(&resource, a.resource);
@@ -117,7 +117,7 @@ TEST(UploadHeap, OversizedRequestsAndHeapsWithoutMemoryFailAtOnce)
     Ring r(1024);
     LxTest::LogCapture capture;
     LxUploadAllocation a;
-    EXPECT_FALSE(r.heap.Allocate(1025, 1, a)); // no frame to wait for: a wait would hang
+    EXPECT_FALSE(r.heap.Allocate(1025, 1, &a)); // no frame to wait for: a wait would hang
     EXPECT_TRUE(capture.Contains("Allocation is greater than upload heap size", LX_LOG_ERROR));
     EXPECT_EQ(nullptr, a.base);
     EXPECT_EQ(0u, a.size);
@@ -131,7 +131,7 @@ TEST(UploadHeap, OversizedRequestsAndHeapsWithoutMemoryFailAtOnce)
     // Without memory nothing is handed out.
     LxTest::LogCapture bare;
     LxUploadHeap heap;
-    EXPECT_FALSE(heap.Allocate(16, 16, a));
+    EXPECT_FALSE(heap.Allocate(16, 16, &a));
     EXPECT_FALSE(heap.InitializeRing(nullptr, 16, nullptr));
     EXPECT_EQ(2, bare.ErrorCount());
 }
@@ -155,7 +155,7 @@ TEST(UploadHeap, FramesRetireInOrderOnlyOnceTheirFenceCompletes)
     // Frame 3 is done but frame 2, older, is not: retirement goes oldest first, so nothing is handed out.
     quick.Complete(3);
     LxUploadAllocation none;
-    EXPECT_FALSE(r.heap.Allocate(300, 1, none));
+    EXPECT_FALSE(r.heap.Allocate(300, 1, &none));
     EXPECT_EQ(nullptr, none.base);
     EXPECT_EQ(2u, r.heap.GetQueuedFrameCount());
     EXPECT_EQ(0u, r.heap.GetAllocatedThisFrame()); // the failed request gave its charge back
@@ -346,7 +346,7 @@ void RunStress(bool useCaches)
                 std::mt19937 rng(100 + w);
                 LxUploadHeapCache cache(heap, 4096);
                 auto allocate = [&](unsigned long long size, unsigned long long alignment, LxUploadAllocation& a)
-                { return useCaches ? cache.Allocate(size, alignment, a) : heap.Allocate(size, alignment, a); };
+                { return useCaches ? cache.Allocate(size, alignment, &a) : heap.Allocate(size, alignment, &a); };
                 for (unsigned f = 0; f < kFrames; ++f)
                 {
                     barrier.Wait(); // frame begins

@@ -408,7 +408,7 @@ TEST(RenderManagerUpload, FullHeapIsFlushedAndRetriedOnce)
 
     LxUploadAllocation a;
     ASSERT_TRUE(rm.BeginScene());
-    ASSERT_TRUE(rm.AllocateUpload(heap, 800, 16, a));
+    ASSERT_TRUE(rm.AllocateUpload(heap, 800, 16, &a));
     ASSERT_TRUE(rm.EndScene());
     ASSERT_TRUE(rm.BeginScene());
     // 800 bytes are in flight; the flush waits for the GPU, which a thread completes meanwhile.
@@ -418,14 +418,14 @@ TEST(RenderManagerUpload, FullHeapIsFlushedAndRetriedOnce)
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
             fence.Complete(2); // frame 1 ended with 1, the flush signals 2
         });
-    ASSERT_TRUE(rm.AllocateUpload(heap, 600, 16, a));
+    ASSERT_TRUE(rm.AllocateUpload(heap, 600, 16, &a));
     gpu.join();
     EXPECT_EQ(0u, a.offset);
 
     // Larger than the heap: still failing after the flush.
     LxTest::LogCapture capture;
     fence.SetHold(false);
-    EXPECT_FALSE(rm.AllocateUpload(heap, 2048, 16, a));
+    EXPECT_FALSE(rm.AllocateUpload(heap, 2048, 16, &a));
     EXPECT_TRUE(capture.Contains("Flushed upload heap but allocation still failed\n", LX_LOG_ERROR));
     rm.GetFrameRing().RemoveFrameEndListener(&heap);
 }

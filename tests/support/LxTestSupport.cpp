@@ -53,7 +53,7 @@ LogCapture::~LogCapture()
 
 void LogCapture::OnLogMessage(const LxString& text, _LxLogMessageType type)
 {
-    m_lines.emplace_back(std::string(text.c_str(), text.Length()), static_cast<int>(type));
+    m_lines.emplace_back(std::string(text.c_str(), text.GetLength()), static_cast<int>(type));
 }
 
 int LogCapture::Count(const std::string& text, int type) const

@@ -38,7 +38,7 @@ std::string LxTest::BuildZip(const std::vector<ZipEntry>& entries)
     std::string zip, central;
     for (const ZipEntry& e : entries)
     {
-        const std::string body = e.deflate ? RawDeflate(e.data) : e.data;
+        const std::string body = e.deflate && e.method < 0 ? RawDeflate(e.data) : e.data;
         unsigned long crc = crc32(0L, reinterpret_cast<const Bytef*>(e.data.data()), static_cast<uInt>(e.data.size()));
         if (e.corruptCrc)
             crc ^= 0x5A5A5A5Aul;
@@ -46,7 +46,7 @@ std::string LxTest::BuildZip(const std::vector<ZipEntry>& entries)
             e.declaredCompressed >= 0 ? static_cast<unsigned long>(e.declaredCompressed) : body.size();
         const unsigned long usize =
             e.declaredUncompressed >= 0 ? static_cast<unsigned long>(e.declaredUncompressed) : e.data.size();
-        const unsigned method = e.deflate ? 8u : 0u;
+        const unsigned method = e.method >= 0 ? static_cast<unsigned>(e.method) : e.deflate ? 8u : 0u;
         const unsigned long offset = zip.size();
 
         // The fields a local header and its central directory entry share, from the version needed on.

@@ -15,6 +15,7 @@ struct ZipEntry
     bool corruptCrc = false;
     long long declaredUncompressed = -1; // -1: the true size
     long long declaredCompressed = -1;   // -1: the true size
+    int method = -1;                     // -1: deflate or stored as above; else this method, data stored as is
 };
 
 std::string BuildZip(const std::vector<ZipEntry>& entries);
