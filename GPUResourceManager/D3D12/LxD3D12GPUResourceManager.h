@@ -1,0 +1,114 @@
+// LxD3D12GPUResourceManager: the resource manager's Direct3D 12 implementation. It makes the platform resources of
+// every creation call, and owns what they share: the upload ring (LxD3D12UploadHeap), the descriptor heaps
+// (LxD3D12DescriptorHeap: CBV/SRV/UAV and samplers shader-visible, RTV, DSV), and an immediate command list on the
+// device's direct queue for work that must be finished before a call returns (initial data, readback).
+//
+// The device and queue are not owned: they come from InitializeWithDevice (the render manager's, or a test's) and
+// must outlive the manager. Immediate work: lock GetImmediateLock(), BeginImmediate() for the open list, record,
+// ExecuteImmediate() (execute, wait, recycle the upload memory it used). AllocateUpload flushes the immediate list
+// once and tries again when the ring is full. The render manager tells the heaps about its frames through
+// OnFrameEnd. Immediate work ends an upload-ring frame of its own, so it runs on the main thread while no worker
+// records uploads (loading, readback), never in the middle of a recorded frame.
+// Threading: creation from any thread (the base class's lock and the immediate lock serialise); failures are logged
+// and answered with null or false.
+#pragma once
+
+#include "GPUResourceManager/D3D12/LxD3D12DescriptorHeap.h"
+#include "GPUResourceManager/D3D12/LxD3D12UploadHeap.h"
+#include "GPUResourceManager/LxGPUResourceManager.h"
+#include "RenderManager/include/LxFrameEndListener.h"
+
+#include <d3d12.h>
+
+class LxImageData2D;
+
+class LX_API LxD3D12GPUResourceManager : public LxGPUResourceManager, public LxFrameEndListener
+{
+public:
+    static const unsigned long long kDefaultUploadHeapSize = 32ull * 1024 * 1024;
+    static const unsigned kDefaultDescriptorsPerHeap = 4096;
+
+    // Makes GetPtr() create this class.
+    static void RegisterCreateFunction();
+    // The singleton when it is this class (null otherwise, and when there is none).
+    static LxD3D12GPUResourceManager* GetD3D12Ptr();
+
+    LxD3D12GPUResourceManager();
+    ~LxD3D12GPUResourceManager() override;
+
+    // Needs a device handed over first (InitializeWithDevice); until the render manager hands its own over, this
+    // only reports that none is there.
+    bool Initialize(unsigned uploadHeapSize, unsigned descriptorsPerHeap) override;
+    // Heaps of the given sizes (0: the defaults) on `device`, immediate work on `queue` (a direct queue).
+    bool InitializeWithDevice(ID3D12Device* device, ID3D12CommandQueue* queue, unsigned long long uploadHeapSize = 0,
+                              unsigned descriptorsPerHeap = 0);
+    void WarmGPUCaches() override;
+
+    ID3D12Device* GetDevice() const { return m_pDevice; }
+    ID3D12CommandQueue* GetQueue() const { return m_pQueue; }
+    LxD3D12UploadHeap& GetUploadHeap() { return m_uploadHeap; }
+    LxD3D12DescriptorHeap& GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE type) { return m_descriptorHeaps[type]; }
+
+    LxMutex& GetImmediateLock() { return m_immediateLock; }
+    // The immediate list, open for recording; null (logged) without a device.
+    ID3D12GraphicsCommandList* BeginImmediate();
+    // Executes what the immediate list holds and waits for it; true when there was nothing to do.
+    bool ExecuteImmediate();
+    // Upload memory for immediate work: when the ring is full, executes the immediate list (its memory comes back
+    // once it is done) and tries once more.
+    bool AllocateUpload(unsigned long long bytes, unsigned long long alignment, LxUploadAllocation* out);
+
+    // Copies one subresource of `texture` (in `state`, left in it) to the CPU and converts it into `out`: depth
+    // slice `depthSlice` of a 3D subresource, else the whole 2D surface. Multisampled textures are resolved first.
+    bool ReadbackSubresource(ID3D12Resource* texture, D3D12_RESOURCE_STATES state, unsigned subresource,
+                             unsigned depthSlice, LxGPUResourceFormat format, LxImageData2D* out);
+
+    void OnFrameEnd(LxFence* fence, unsigned long long fenceValue) override;
+
+protected:
+    LxGPUVertexBuffer* APICreateResourceVertex(LxGPUResource::Behavior behavior, unsigned vertexSize,
+                                               unsigned vertexCount, LxCountedPtr<LxMemoryBuffer> initialData,
+                                               unsigned bindFlags, unsigned cpuAccessFlags) override;
+    LxGPUIndexBuffer* APICreateResourceIndex(LxGPUResource::Behavior behavior, unsigned indexSize, unsigned indexCount,
+                                             LxCountedPtr<LxMemoryBuffer> initialData, unsigned bindFlags,
+                                             unsigned cpuAccessFlags) override;
+    LxConstantBuffer* APICreateConstantBuffer(LxGPUResource::Behavior behavior, unsigned size,
+                                              LxCountedPtr<LxMemoryBuffer> initialData, bool cpuWritable,
+                                              unsigned miscHints) override;
+    LxGPUStructuredBuffer* APICreateStructuredBuffer(unsigned structSize, unsigned structCount, unsigned bindFlags,
+                                                     LxCountedPtr<LxMemoryBuffer> initialData,
+                                                     unsigned miscHints) override;
+    LxGPUVertexBuffer* APICreateRenderableVB(LxGPUResourceFormat format, unsigned vertexCount,
+                                             unsigned bindFlags) override;
+    LxGPUTexture2DArray* APICreateTexture2DArray(LxGPUResource::Behavior behavior, unsigned width, unsigned height,
+                                                 LxGPUResourceFormat format, LxGPUTexture::MipType mipType,
+                                                 unsigned mipCount, unsigned arraySize, unsigned bindFlags,
+                                                 unsigned cpuAccessFlags, LxCountedPtr<LxMemoryBuffer> initialData,
+                                                 unsigned sampleCount, const LxGPUClearValue* clearValue) override;
+    LxGPUTexture3D* APICreateTexture3D(LxGPUResource::Behavior behavior, unsigned width, unsigned height,
+                                       unsigned depth, LxGPUResourceFormat format, LxGPUTexture::MipType mipType,
+                                       unsigned mipCount, unsigned bindFlags, unsigned cpuAccessFlags,
+                                       LxCountedPtr<LxMemoryBuffer> initialData) override;
+    LxGPUTextureCubeArray* APICreateCubemapArray(LxGPUResource::Behavior behavior, unsigned edgeLength,
+                                                 unsigned cubeCount, LxGPUResourceFormat format,
+                                                 LxGPUTexture::MipType mipType, unsigned mipCount, unsigned bindFlags,
+                                                 unsigned cpuAccessFlags,
+                                                 LxCountedPtr<LxMemoryBuffer> initialData) override;
+
+private:
+    class ImmediateFence;
+
+    void ReleaseDeviceObjects();
+
+    ID3D12Device* m_pDevice = nullptr;
+    ID3D12CommandQueue* m_pQueue = nullptr;
+    LxD3D12UploadHeap m_uploadHeap;
+    LxD3D12DescriptorHeap m_descriptorHeaps[D3D12_DESCRIPTOR_HEAP_TYPE_NUM_TYPES];
+
+    LxMutex m_immediateLock;
+    ID3D12CommandAllocator* m_pAllocator = nullptr;
+    ID3D12GraphicsCommandList* m_pList = nullptr;
+    ImmediateFence* m_pFence = nullptr;
+    unsigned long long m_nFenceValue = 0;
+    bool m_bListOpen = false;
+};

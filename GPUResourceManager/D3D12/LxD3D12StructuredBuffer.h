@@ -1,0 +1,31 @@
+// LxD3D12StructuredBuffer: the Direct3D 12 GPUStructuredBuffer: structures for shaders (never mapped: see
+// LxGPUStructuredBuffer). The GPU buffer, its heap, initial data, maps and updates are LxD3D12BufferResource's; this
+// class ties them to the buffer model.
+//
+// Made by LxD3D12GPUResourceManager, which calls Create. Device refusal logs "Failed to allocate GPU resources for
+// D3D12 structured buffer during its creation". One thread at a time; failures are logged and answered with false or 0.
+#pragma once
+
+#include "GPUResourceManager/D3D12/LxD3D12BufferResource.h"
+#include "GPUResourceManager/LxGPUStructuredBuffer.h"
+
+class LX_API LxD3D12StructuredBuffer : public LxGPUStructuredBuffer
+{
+public:
+    LxD3D12StructuredBuffer(unsigned structSize, unsigned structCount, unsigned bindFlags, unsigned miscHints);
+
+    // Makes the GPU buffer, filled from `initialData` (may be null).
+    bool Create(LxCountedPtr<LxMemoryBuffer> initialData);
+    bool UpdateBuffer(LxMemoryBuffer* data) override;
+    bool UpdateBufferRange(LxMemoryBuffer* data, unsigned first, unsigned count) override;
+
+    ID3D12Resource* GetD3D12Resource() const { return m_storage.GetResource(); }
+    D3D12_GPU_VIRTUAL_ADDRESS GetGPUAddress() const { return m_storage.GetGPUAddress(); }
+
+protected:
+    unsigned long long APIMap(MapType type, unsigned offset, unsigned size, bool doNotWait) override;
+    bool APIUnmap() override;
+
+private:
+    LxD3D12BufferResource m_storage;
+};

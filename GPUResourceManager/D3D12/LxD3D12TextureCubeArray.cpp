@@ -1,0 +1,36 @@
+#include "GPUResourceManager/D3D12/LxD3D12TextureCubeArray.h"
+
+LxD3D12TextureCubeArray::LxD3D12TextureCubeArray(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags,
+                                                 unsigned miscHints, LxGPUResourceFormat format, unsigned edgeLength,
+                                                 unsigned cubeCount, unsigned mipCount, MipType mipType)
+    : LxGPUTextureCubeArray(behavior, bindFlags, cpuAccessFlags, miscHints, format, edgeLength, cubeCount, mipCount,
+                            mipType)
+{
+}
+
+bool LxD3D12TextureCubeArray::Create(LxCountedPtr<LxMemoryBuffer> initialData)
+{
+    return m_storage.Create(*this, initialData, nullptr, "LxD3D12TextureCubeArray::Create",
+                            "Failed to create cube texture.");
+}
+
+bool LxD3D12TextureCubeArray::Create(LxCountedPtr<LxMemoryBuffer> initialData, const LxGPUClearValue& clearValue)
+{
+    return m_storage.Create(*this, initialData, &clearValue, "LxD3D12TextureCubeArray::Create",
+                            "Failed to create cube texture.");
+}
+
+void LxD3D12TextureCubeArray::Destroy()
+{
+    m_storage.Destroy();
+}
+
+bool LxD3D12TextureCubeArray::ReadbackMipLevel(unsigned mip, unsigned slice, LxImageData2D* out)
+{
+    return m_storage.Readback(*this, mip, slice, out, "LxD3D12TextureCubeArray::ReadbackMipLevel");
+}
+
+bool LxD3D12TextureCubeArray::GetReadbackImage(LxImageData2D* out)
+{
+    return ReadbackMipLevel(0, 0, out);
+}

@@ -1,0 +1,32 @@
+// LxD3D12TextureCubeArray: the Direct3D 12 GPUTextureCubeArray: cube maps and cube arrays (six 2D slices per cube,
+// faces in CubeMapFace order). The GPU resource, its initial data and readback are LxD3D12TextureResource's; this class
+// ties them to the texture model.
+//
+// Made by LxD3D12GPUResourceManager (the texture is created there, not by the caller). Create twice is refused.
+// Device refusal logs "Failed to create cube texture.". One thread at a time; failures are logged and answered with
+// false.
+#pragma once
+
+#include "GPUResourceManager/D3D12/LxD3D12TextureResource.h"
+#include "GPUResourceManager/LxGPUTextureCubeArray.h"
+
+class LX_API LxD3D12TextureCubeArray : public LxGPUTextureCubeArray
+{
+public:
+    LxD3D12TextureCubeArray(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,
+                            LxGPUResourceFormat format, unsigned edgeLength, unsigned cubeCount, unsigned mipCount,
+                            MipType mipType);
+
+    bool Create(LxCountedPtr<LxMemoryBuffer> initialData) override;
+    bool Create(LxCountedPtr<LxMemoryBuffer> initialData, const LxGPUClearValue& clearValue) override;
+    void Destroy() override;
+    bool ReadbackMipLevel(unsigned mip, unsigned slice, LxImageData2D* out) override;
+    // Level 0 of slice 0.
+    bool GetReadbackImage(LxImageData2D* out) override;
+
+    ID3D12Resource* GetD3D12Resource() const { return m_storage.GetResource(); }
+    D3D12_RESOURCE_STATES GetD3D12State() const { return m_storage.GetState(); }
+
+private:
+    LxD3D12TextureResource m_storage;
+};

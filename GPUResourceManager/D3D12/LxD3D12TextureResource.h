@@ -1,0 +1,47 @@
+// LxD3D12TextureResource: the Direct3D 12 half every texture kind shares: the committed resource in the default heap,
+// its current state, the upload of initial data through the resource manager's upload ring, and readback. The
+// texture classes (LxD3D12Texture2DArray, LxD3D12Texture3D, LxD3D12TextureCubeArray) each own one.
+//
+// Initial data: with MIP_USER_SUPPLIED every level of slice 0, then every level of slice 1, ... (cube faces in
+// CubeMapFace order); with MIP_NONE and MIP_AUTO_GENERATE level 0 of each slice. Rows are packed (LxGetMipLevelInfo
+// layout; block-compressed formats as rows of texels, every level after the first at least 4x4). Needs the
+// LxD3D12GPUResourceManager singleton, initialised. One thread at a time; failures are logged, answered with false,
+// and leave no resource behind.
+#pragma once
+
+#include "Common/LxApi.h"
+#include "Common/LxCountedPtr.h"
+#include "Common/LxMemoryBuffer.h"
+#include "GPUResourceManager/LxGPUTexture.h"
+
+#include <d3d12.h>
+
+class LxImageData2D;
+
+class LX_API LxD3D12TextureResource
+{
+public:
+    LxD3D12TextureResource() = default;
+    ~LxD3D12TextureResource();
+    LxD3D12TextureResource(const LxD3D12TextureResource&) = delete;
+    LxD3D12TextureResource& operator=(const LxD3D12TextureResource&) = delete;
+
+    // `who` names the caller in messages ("LxD3D12Texture3D::Create"); `failureMessage` is logged when the device
+    // refuses the resource. `clearValue` may be null (render targets clear to 0, depth buffers to 1).
+    bool Create(const LxGPUTexture& texture, LxCountedPtr<LxMemoryBuffer> initialData,
+                const LxGPUClearValue* clearValue, const char* who, const char* failureMessage);
+    void Destroy();
+    // Level `mip` of `slice` (a depth slice of that level for 3D textures) into `out`.
+    bool Readback(const LxGPUTexture& texture, unsigned mip, unsigned slice, LxImageData2D* out, const char* who);
+
+    ID3D12Resource* GetResource() const { return m_pResource; }
+    // The state the texture rests in between uses (render target, depth write, shader resource or unordered access).
+    D3D12_RESOURCE_STATES GetState() const { return m_state; }
+
+private:
+    bool Upload(const LxGPUTexture& texture, const LxCountedPtr<LxMemoryBuffer>& data, const char* who);
+
+    ID3D12Resource* m_pResource = nullptr;
+    D3D12_RESOURCE_DESC m_desc = {};
+    D3D12_RESOURCE_STATES m_state = D3D12_RESOURCE_STATE_COMMON;
+};
