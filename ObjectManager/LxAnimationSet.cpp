@@ -228,7 +228,17 @@ float LxAnimationSet::GetMaxAnimationLength() const
 bool LxAnimationSet::LoadFile(const LxString& path)
 {
     std::unique_ptr<LxArchive> archive(LxArchive::Create(path));
-    std::unique_ptr<LxFile> manifest(archive->OpenFile(kManifestName, "rb"));
+    return Load(*archive, path);
+}
+
+bool LxAnimationSet::LoadFromArchive(const LxArchive& archive)
+{
+    return Load(archive, archive.GetName());
+}
+
+bool LxAnimationSet::Load(const LxArchive& archive, const LxString& path)
+{
+    std::unique_ptr<LxFile> manifest(archive.OpenFile(kManifestName, "rb"));
     LxList<LxString> lines;
     if (!manifest || !manifest->ReadTextLines(lines))
     {
@@ -246,7 +256,7 @@ bool LxAnimationSet::LoadFile(const LxString& path)
         return false;
     }
     LxArray<LoadedCurve> loaded;
-    ManifestReader reader(*archive, *this, loaded);
+    ManifestReader reader(archive, *this, loaded);
     LxList<LxString>::const_iterator first = manifestLines.begin();
     ++first;
     if (!(packed ? reader.ReadPacked(first, manifestLines.end())

@@ -22,6 +22,8 @@
 #include "Common/LxString.h"
 #include "ObjectManager/LxAnimationCurve.h"
 
+class LxArchive;
+
 class LX_API LxAnimationSet
 {
 public:
@@ -50,6 +52,8 @@ public:
 
     // Adds the curves of the set at `path` (folder or zip). All or nothing; see above.
     bool LoadFile(const LxString& path);
+    // The same from an archive that is already open (a search path, a zip inside a bigger data set).
+    bool LoadFromArchive(const LxArchive& archive);
     // A new set loaded from `path`, or null.
     static LxAnimationSet* CreateFromFile(const LxString& path);
     // Writes the set to `path`: a new zip archive when the path names one (".zip"/".lmx"), else into the existing
@@ -57,5 +61,8 @@ public:
     bool SaveToFile(const LxString& path, bool packed) const;
 
 private:
+    // `path` names the archive in the missing-manifest message.
+    bool Load(const LxArchive& archive, const LxString& path);
+
     CurveMap m_curves;
 };
