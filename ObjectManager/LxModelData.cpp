@@ -238,17 +238,23 @@ bool LxModelData::SaveToArchive(const LxArchive& archive) const
 
 bool LxModelData::SaveToPath(const LxString& path) const
 {
-    if (IsZipPath(path))
-    {
-        std::unique_ptr<LxZipArchive> zip(LxZipArchive::CreateNewZipFile(path));
-        return zip && SaveToArchive(*zip);
-    }
+    // The folder (for a zip file, the folder it goes into) is created when missing.
+    const bool zip = IsZipPath(path);
+    const std::filesystem::path target = std::filesystem::u8path(path.c_str());
+    const std::filesystem::path folder = zip ? target.parent_path() : target;
     std::error_code error;
-    std::filesystem::create_directories(std::filesystem::u8path(path.c_str()), error);
+    if (!folder.empty())
+        std::filesystem::create_directories(folder, error);
     if (error)
     {
-        LX_ERROR("LxModelData::SaveToPath.  Couldn't create the folder %s: %s", path.c_str(), error.message().c_str());
+        LX_ERROR("LxModelData::SaveToPath.  Couldn't create the folder %s: %s", folder.u8string().c_str(),
+                 error.message().c_str());
         return false;
+    }
+    if (zip)
+    {
+        std::unique_ptr<LxZipArchive> archive(LxZipArchive::CreateNewZipFile(path));
+        return archive && SaveToArchive(*archive);
     }
     std::unique_ptr<LxArchive> archive(LxArchive::Create(path));
     return SaveToArchive(*archive);
