@@ -27,6 +27,15 @@ bool ReadWhole(LxFile& file, LxString& contents)
     return true;
 }
 
+// The archive's name as messages show it: without a trailing separator.
+LxString ArchiveLabel(const LxArchive& archive)
+{
+    LxString name = archive.GetName();
+    if (name.GetLength() > 1 && (name.GetLast() == '/' || name.GetLast() == '\\'))
+        name.Truncate(name.GetLength() - 1);
+    return name;
+}
+
 LxString Unquote(LxString text)
 {
     text.Trim();
@@ -42,13 +51,14 @@ bool LoadTextureMapping(const LxArchive& archive, LxParticleGroupLoader::Texture
     std::unique_ptr<LxFile> file(archive.OpenFile(kTextureMappingName, "rb"));
     if (!file || !file->IsOpen())
     {
-        LX_ERROR("Error opening texture remapping file in archive \"%s\"", archive.GetName().c_str());
+        LX_ERROR("Error opening texture remapping file in archive \"%s\"", ArchiveLabel(archive).c_str());
         return false;
     }
     LxString text;
     if (!ReadWhole(*file, text) || !LxParticleGroupLoader::ParseTextureMapping(text, mapping))
     {
-        LX_ERROR("Error reading texture remapping data from \"%s/%s\"", archive.GetName().c_str(), kTextureMappingName);
+        LX_ERROR("Error reading texture remapping data from \"%s/%s\"", ArchiveLabel(archive).c_str(),
+                 kTextureMappingName);
         return false;
     }
     return true;
@@ -73,7 +83,7 @@ bool LoadTextures(const LxArchive& archive, const LxParticleGroupLoader::Texture
                 if (!archive.FileExists(file, nullptr))
                 {
                     LX_ERROR("Can't find referenced texture \"%s\" in archive \"%s\"", file.c_str(),
-                             archive.GetName().c_str());
+                             ArchiveLabel(archive).c_str());
                     ok = false;
                 }
                 else if (!builder.CreateTexture(archive, file, system))
@@ -86,7 +96,7 @@ bool LoadTextures(const LxArchive& archive, const LxParticleGroupLoader::Texture
         }
     }
     if (!ok)
-        LX_ERROR("Error loading textures from \"%s\"", archive.GetName().c_str());
+        LX_ERROR("Error loading textures from \"%s\"", ArchiveLabel(archive).c_str());
     return ok;
 }
 } // namespace
@@ -104,13 +114,13 @@ LxParticleGroupDesc* LxParticleGroupLoader::Load(const LxString& rParticleFile, 
 
 LxParticleGroupDesc* LxParticleGroupLoader::LoadFromArchive(const LxArchive& archive, LxParticleBuilder& builder)
 {
-    const LxString fileName = archive.GetName() + "/" + kParticleFileName;
+    const LxString fileName = ArchiveLabel(archive) + "/" + kParticleFileName;
     std::unique_ptr<LxFile> file;
     if (archive.FileExists(kParticleFileName, nullptr))
         file.reset(archive.OpenFile(kParticleFileName, "rb"));
     if (!file || !file->IsOpen())
     {
-        LX_ERROR("Error opening particle file in archive \"%s\"", archive.GetName().c_str());
+        LX_ERROR("Error opening particle file in archive \"%s\"", ArchiveLabel(archive).c_str());
         return nullptr;
     }
     LxString text;

@@ -45,7 +45,11 @@ bool LxParticleParser::Parse()
     if (result != 0)
         m_bFailed = true;
     if (m_bFailed)
+    {
+        // A parse that stopped inside a system leaves it open; it is dropped with the rest of the failed file.
         m_pBuilder->SetParseError();
+        m_pBuilder->AbandonOpenScopes();
+    }
     m_pBuilder->SetSourcePosition(LxString(), 0);
     m_pContext = nullptr;
     m_pElementBuilder = nullptr;

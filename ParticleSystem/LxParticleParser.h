@@ -9,7 +9,7 @@
 //
 // Every message names the file and line it concerns ("particleFile.txt(12) : ...") and is logged as an error.
 // Syntax errors read "syntax error, unexpected <token>, expecting <token> or <token>", tokens named by their
-// keyword in double quotes (or "identifier", "string", "integer", "number", "boolean", "end of file"); scanner
+// keyword (or "identifier", "string", "integer", "float", "boolean", "end of file"); scanner
 // errors are "Invalid character: %c (ASCII: %d)" (a character that is not printable: "Invalid character (ASCII:
 // %d)"), "Unterminated string!" and "Number out of range: <digits>". After a syntax error the parser skips to the
 // next section and goes on, so that later errors are reported too; the parse fails as a whole.

@@ -1,8 +1,8 @@
 /* LxParticleParser grammar: particle files, handed construct by construct to an LxParticleBuilder.
  *
  * Pure (reentrant) parser: the parser object and the scanner travel as parameters. Semantic values that own memory
- * have destructors, so error recovery and aborted parses free what they drop. The builder copies what it is
- * given. No rule nests (lists are left-recursive), so the parser stack stays shallow whatever the input.
+ * have destructors, so error recovery and aborted parses free what they drop: a value a mid-rule action uses stays
+ * on the stack until the rule's last action frees it. The builder copies what it is given. No rule nests (lists are left-recursive), so the parser stack stays shallow whatever the input.
  */
 
 %require "3.2"
@@ -181,7 +181,7 @@ LxParticleDomain::Parameter* ShapeParameter(LxString* name, LxParticleDomain::Va
 %token <bval> T_BOOL "boolean"
 %token <str> T_ID "identifier"
 %token <ival> T_INT "integer"
-%token <fval> T_FLOAT "number"
+%token <fval> T_FLOAT "float"
 %token <str> T_STRING "string"
 
 %type <fval> number
@@ -265,8 +265,8 @@ particle_section
     ;
 
 texture_def
-    : T_TEXTURE T_ID                    { AT(@2); BUILDER->BeginTextureSet(*$2); delete $2; }
-      '{' texture_slots '}'             { AT(@6); BUILDER->EndTextureSet(); }
+    : T_TEXTURE T_ID                    { AT(@2); BUILDER->BeginTextureSet(*$2); }
+      '{' texture_slots '}'             { AT(@6); BUILDER->EndTextureSet(); delete $2; }
     ;
 
 texture_slots
@@ -291,11 +291,9 @@ emitter
             AT(@3);
             BUILDER->GetEmitterBuilder().Begin(*$2, *$3);
             parser->SetElementBuilder(&BUILDER->GetEmitterBuilder());
-            delete $2;
-            delete $3;
         }
       element_members T_END_EMITTER
-        { AT(@6); BUILDER->GetEmitterBuilder().End(); parser->SetElementBuilder(nullptr); }
+        { AT(@6); BUILDER->GetEmitterBuilder().End(); parser->SetElementBuilder(nullptr); delete $2; delete $3; }
     ;
 
 action
@@ -304,11 +302,9 @@ action
             AT(@3);
             BUILDER->GetActionBuilder().Begin(*$2, *$3);
             parser->SetElementBuilder(&BUILDER->GetActionBuilder());
-            delete $2;
-            delete $3;
         }
       element_members T_END_ACTION
-        { AT(@6); BUILDER->GetActionBuilder().End(); parser->SetElementBuilder(nullptr); }
+        { AT(@6); BUILDER->GetActionBuilder().End(); parser->SetElementBuilder(nullptr); delete $2; delete $3; }
     ;
 
 element_members
