@@ -8,10 +8,9 @@ LxDisplaySettings::LxDisplaySettings()
       stencilBits(8), aspectRatio(4.0f / 3.0f), backBufferCount(2), refreshRateNumerator(0), softwareDriver(false),
       unorderedAccessBackBuffer(false), featureLevel10_0(false), featureLevel10_1(false), featureLevel11(false),
       featureLevel12_0(false), featureLevel12_1(false), resolutionScaleX(1.0f), resolutionScaleY(1.0f),
-      uploadHeapSizeMB(512)
+      uploadHeapSizeMB(512), shaderResourceDescriptors(1024), unorderedAccessDescriptors(1024),
+      samplerDescriptors(1024), renderTargetDescriptors(1024), depthStencilDescriptors(1024)
 {
-    for (unsigned& count : descriptorCounts)
-        count = 1024;
 }
 
 bool LxDisplaySettings::GetBackBufferFormats(LxGPUResourceFormat* resourceFormat, LxGPUResourceFormat* viewFormat) const

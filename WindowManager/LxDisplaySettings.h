@@ -25,7 +25,6 @@ public:
     };
     static const unsigned kNoSize = 0xFFFFFFFFu;    // width or height: none requested
     static const int kDefaultPosition = 0x7FFFFFFF; // window x or y: the system chooses
-    static const unsigned kDescriptorCountCount = 5;
 
     LxDisplaySettings();
 
@@ -70,7 +69,11 @@ public:
     float resolutionScaleX;    // 1.0: for the application (render-target scale); the window manager ignores it
     float resolutionScaleY;    // 1.0
     unsigned uploadHeapSizeMB; // 512: handed to the device layer in bytes (<< 20)
-    // 1024 each, handed to the device layer unchanged: shader-resource, sampler, render-target, depth-stencil and
-    // unordered-access descriptors.
-    unsigned descriptorCounts[kDescriptorCountCount];
+    // Descriptor capacities handed to the device layer, 1024 each. Shader-resource and unordered-access views share
+    // the device's shader-visible heap, which gets room for both.
+    unsigned shaderResourceDescriptors;
+    unsigned unorderedAccessDescriptors;
+    unsigned samplerDescriptors;
+    unsigned renderTargetDescriptors;
+    unsigned depthStencilDescriptors;
 };

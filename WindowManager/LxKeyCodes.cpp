@@ -173,6 +173,13 @@ unsigned LxTranslateVirtualKey(unsigned vk)
     return (vk < VKEY_BACK || vk > VKEY_OEM_7) ? vk : unsigned(LX_KEY_UNKNOWN);
 }
 
+char LxKeyCharacter(unsigned keyCode, unsigned modifiers)
+{
+    if (keyCode >= 'A' && keyCode <= 'Z')
+        return char((modifiers & 1u) ? keyCode : keyCode - 'A' + 'a'); // bit 0: Shift
+    return (keyCode >= ' ' && keyCode < 0x7F) ? char(keyCode) : '\0';
+}
+
 unsigned LxWheelKeyCode(int delta)
 {
     return delta >= 1 ? LX_KEY_WHEEL_UP : LX_KEY_WHEEL_DOWN;

@@ -71,5 +71,9 @@ enum LxKeyCode : unsigned
 // those in between without a code give LX_KEY_UNKNOWN.
 LX_API unsigned LxTranslateVirtualKey(unsigned virtualKey);
 
+// The character a key code types on a US layout under `modifiers` (an LxKeyEvent modifier mask): letters in lower
+// case unless Shift is held, digits, space and punctuation as their code; 0 for the special keys.
+LX_API char LxKeyCharacter(unsigned keyCode, unsigned modifiers);
+
 // The code of a wheel turn: LX_KEY_WHEEL_UP for a delta of 1 or more, LX_KEY_WHEEL_DOWN otherwise.
 LX_API unsigned LxWheelKeyCode(int delta);

@@ -38,6 +38,7 @@ public:
     static void ShutDown();
     // The factory GetPtr uses (the platform library registers its window manager); null restores this base class.
     static void SetCreateFunction(CreateFunction create);
+    static CreateFunction GetCreateFunction() { return ms_pfnCreate; }
 
     LxWindowManager();
     virtual ~LxWindowManager();

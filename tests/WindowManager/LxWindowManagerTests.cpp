@@ -123,6 +123,19 @@ TEST(LxKeyCodes, FunctionAndKeypadKeysRunInSequence)
     EXPECT_EQ(LxTranslateVirtualKey(0x74), unsigned(LX_KEY_F5));
 }
 
+TEST(LxKeyCodes, CharactersOfKeyCodes)
+{
+    EXPECT_EQ(LxKeyCharacter('A', 0), 'a');
+    EXPECT_EQ(LxKeyCharacter('A', LxKeyEvent::MODIFIER_SHIFT), 'A');
+    EXPECT_EQ(LxKeyCharacter('Z', LxKeyEvent::MODIFIER_CTRL), 'z');
+    EXPECT_EQ(LxKeyCharacter('7', LxKeyEvent::MODIFIER_SHIFT), '7');
+    EXPECT_EQ(LxKeyCharacter(' ', 0), ' ');
+    EXPECT_EQ(LxKeyCharacter('"', 0), '"');
+    EXPECT_EQ(LxKeyCharacter(LX_KEY_F5, 0), '\0');
+    EXPECT_EQ(LxKeyCharacter(0xDF, 0), '\0'); // passed-through virtual keys type nothing
+    EXPECT_EQ(LxKeyCharacter(0x03, 0), '\0');
+}
+
 TEST(LxKeyCodes, WheelDirectionFromTheDeltaSign)
 {
     EXPECT_EQ(LxWheelKeyCode(120), Special(54));
@@ -355,13 +368,14 @@ LxWindowManager* CreateTestManager()
 
 TEST(LxWindowManagerBase, SingletonUsesTheRegisteredFactory)
 {
+    const LxWindowManager::CreateFunction platform = LxWindowManager::GetCreateFunction();
     LxWindowManager::ShutDown();
     LxWindowManager::SetCreateFunction(&CreateTestManager);
     LxWindowManager* wm = LxWindowManager::GetPtr();
     EXPECT_NE(dynamic_cast<TestWindowManager*>(wm), nullptr);
     EXPECT_EQ(&LxWindowManager::GetRef(), wm);
     LxWindowManager::ShutDown();
-    LxWindowManager::SetCreateFunction(nullptr);
+    LxWindowManager::SetCreateFunction(platform);
 #ifndef _WIN32
     // Natively there is no platform window manager: the base class stands in.
     EXPECT_EQ(typeid(LxWindowManager::GetRef()), typeid(LxWindowManager));
@@ -393,7 +407,8 @@ TEST(LxDisplaySettings, Defaults)
     EXPECT_EQ(s.resolutionScaleX, 1.0f);
     EXPECT_EQ(s.resolutionScaleY, 1.0f);
     EXPECT_EQ(s.uploadHeapSizeMB, 512u);
-    for (unsigned count : s.descriptorCounts)
+    for (unsigned count : {s.shaderResourceDescriptors, s.unorderedAccessDescriptors, s.samplerDescriptors,
+                           s.renderTargetDescriptors, s.depthStencilDescriptors})
         EXPECT_EQ(count, 1024u);
 }
 
