@@ -77,7 +77,7 @@ public:
 
     // Makes the D3D12 render manager the singleton (replacing a device-less one) and initialises it.
     static bool Init(const CreationDesc& desc);
-    // The singleton when it is a D3D12 render manager, else null (never creates one).
+    // The singleton (created like GetPtr does) when it is a D3D12 render manager, else null.
     static LxD3D12RenderManager* GetD3D12Ptr();
 
     LxD3D12RenderManager();
@@ -160,6 +160,10 @@ public:
     // manager registers how its Direct3D 12 buffers answer. Null without a resolver or for a foreign buffer.
     typedef ID3D12Resource* (*BufferResolver)(LxGPUBuffer* buffer);
     static void SetBufferResolver(BufferResolver resolver);
+    // The CPU descriptor of a render-target or depth-stencil view made by the resource manager; false for a view it
+    // does not know. Back-buffer views (RM_TARGET_BACK_BUFFER) are resolved here, without it.
+    typedef bool (*ViewResolver)(LxGPUResourceView* view, D3D12_CPU_DESCRIPTOR_HANDLE* handle);
+    static void SetViewResolver(ViewResolver resolver);
 
 protected:
     bool APIBeginFrameSlot(unsigned slot) override;
@@ -189,8 +193,11 @@ private:
     // A fresh allocator of `type` from the calling worker's pool of the current frame slot (null, logged, on
     // failure). The pool grows on demand and is reset when the slot is reused.
     ID3D12CommandAllocator* TakeFrameAllocator(D3D12_COMMAND_LIST_TYPE type);
-    // Makes a new open direct list the calling worker's current one and binds its targets, viewport and scissor.
+    // Makes the calling worker's frame list (reset onto a fresh frame allocator) its current one and binds its
+    // targets, viewport and scissor.
     bool OpenFrameList();
+    // The calling worker's state, or null (logged) when it has no open list to record on.
+    ID3D12GraphicsCommandList* RecordingList();
     // Binds the calling worker's targets, viewport, scissor and descriptor heaps on `list`.
     void ApplyWorkerState(ID3D12GraphicsCommandList* list);
     void ReleaseAll();
@@ -208,4 +215,5 @@ private:
     unsigned m_nBackBufferIndex = 0;
 
     static BufferResolver ms_pfnBufferResolver;
+    static ViewResolver ms_pfnViewResolver;
 };
