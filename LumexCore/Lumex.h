@@ -114,3 +114,12 @@
 #include "RenderManager/include/LxFrameRing.h"
 #include "RenderManager/include/LxFrameStats.h"
 #include "RenderManager/include/LxRenderManager.h"
+
+// Application shell: window manager, input events and listeners, display settings
+#include "WindowManager/LxDisplaySettings.h"
+#include "WindowManager/LxInputListener.h"
+#include "WindowManager/LxKeyCodes.h"
+#include "WindowManager/LxKeyEvent.h"
+#include "WindowManager/LxMouseMoveEvent.h"
+#include "WindowManager/LxRenderListener.h"
+#include "WindowManager/LxWindowManager.h"
