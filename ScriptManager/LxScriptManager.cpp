@@ -744,6 +744,19 @@ bool LxScriptManager::RegisterLibrary(LibraryOpener opener)
     return true;
 }
 
+bool LxScriptManager::UnregisterLibrary(LibraryOpener opener)
+{
+    for (unsigned int i = 0; i < m_libraries.GetCount(); ++i)
+    {
+        if (m_libraries[i] == opener)
+        {
+            m_libraries.RemoveAt(i);
+            return true;
+        }
+    }
+    return false;
+}
+
 void LxScriptManager::CollectGarbage()
 {
     if (!m_pState)

@@ -93,6 +93,9 @@ public:
     // --- state ------------------------------------------------------------------------------------------------
     // Runs `opener` on the state in protected mode and remembers it for reloads.
     bool RegisterLibrary(LibraryOpener opener);
+    // Forgets `opener` for later reloads (what it did to the current state stays); a plug-in calls this before
+    // its module goes away. False when it was not registered.
+    bool UnregisterLibrary(LibraryOpener opener);
     void CollectGarbage();
     void DisableGarbageCollection();
     void EnableGarbageCollection();
@@ -136,7 +139,6 @@ private:
 
     lua_State* m_pState = nullptr;
     int m_nHelperRefs[4] = {0, 0, 0, 0};
-    int m_nScratchRef = 0;
     unsigned int m_nCallDepth = 0;
     size_t m_nMemoryUsage = 0;
     size_t m_nMemoryLimit = 0;

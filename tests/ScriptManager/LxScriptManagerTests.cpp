@@ -318,8 +318,12 @@ TEST_F(ScriptManagerTest, ScriptsFromIncludeDirectoriesReloadIntoAFreshState)
     EXPECT_STREQ("hi", result.c_str());
 
     LxTest::WriteBytes(dir + "/broken.lua", "fixed = true\n");
+    EXPECT_TRUE(m_sm->UnregisterLibrary(&Lib::Open));
+    EXPECT_FALSE(m_sm->UnregisterLibrary(&Lib::Open));
     EXPECT_TRUE(m_sm->ReloadAllScripts());
     EXPECT_TRUE(m_sm->GetBoolVariable("fixed", false));
+    m_sm->GetFloatVariable("fromLibrary", 0.0f, &found);
+    EXPECT_FALSE(found);
 }
 
 TEST_F(ScriptManagerTest, LibraryOpenerErrorsAreReported)
