@@ -23,6 +23,7 @@
 #include <array>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -828,4 +829,44 @@ TEST(ModelADB, WriterGrowsAndFinalizes)
     std::unique_ptr<LxModelADB> empty(writer.FinalizeADB("e", "U", 1));
     EXPECT_EQ(0u, empty->GetADBSize());
     EXPECT_EQ(0u, LxADBReader(*empty).ReadData(buffer, 4));
+}
+
+TEST(ModelSave, WriteFailures)
+{
+    const std::string dir = LxTest::MakeTempDir("writefail");
+    const LxFileSystemArchive missing(S(dir + "/no/such/folder"));
+    const LxFileSystemArchive archive(S(dir));
+    LxArray<LxModelChunkDesc*> chunks;
+    std::unique_ptr<LxModelData> model(LxModelTest::MakeSampleModel());
+    chunks.Add(model->GetChunkDesc(0));
+    Messages log;
+    EXPECT_FALSE(LxModelChunkDesc::WriteToArchive(missing, chunks));
+    EXPECT_FALSE(model->GetMetaFile().WriteToArchive(missing));
+
+    // Sub-chunk files of a chunk whose name leads into folders: only the description's folder exists.
+    LxModelChunkDesc nested("part/a");
+    nested.SetIBName("ib");
+    nested.SetIndexRange(0, 6);
+    for (const LxModelSubChunk& sub : model->GetChunkDesc(0)->GetSubChunks())
+        nested.AddSubChunk(sub);
+    chunks[0] = &nested;
+    EXPECT_FALSE(LxModelChunkDesc::WriteToArchive(archive, chunks));
+    std::filesystem::create_directories(dir + "/SUBCHUNKDESC.part");
+    EXPECT_FALSE(LxModelChunkDesc::WriteToArchive(archive, chunks));
+
+    // A tree that does not fit its sub-chunks cannot be written, validated or not.
+    LxSubChunkTree tree;
+    tree.AddNode(LxSubChunkTreeNode());
+    nested.AddSubChunkTree(tree);
+    std::filesystem::remove_all(dir + "/SUBCHUNKDESC.part");
+    EXPECT_FALSE(LxModelChunkDesc::WriteToArchive(archive, chunks));
+
+    std::filesystem::create_directories(dir + "/model/skeleton.txt");
+    EXPECT_FALSE(model->SaveToPath(S(dir + "/model")));
+    EXPECT_EQ((Lines{"Error writing chunk info file.", "Error writing metafile.",
+                     "Error creating subchunk description file in archive.",
+                     "Error opening file: 'SUBCHUNKTREE.part/a.2.txt' in archive: '" + dir + "/'",
+                     "Problems generating subchunk tree description\n",
+                     "Failed to open file: skeleton.txt in archive: " + dir + "/model/"}),
+              log.Errors());
 }
