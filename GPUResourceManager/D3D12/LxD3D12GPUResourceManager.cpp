@@ -12,57 +12,9 @@
 #include "GPUResourceManager/D3D12/LxD3D12TextureCubeArray.h"
 #include "GPUResourceManager/D3D12/LxD3D12VertexBuffer.h"
 #include "GPUResourceManager/LxMappedSurface.h"
-#include "RenderManager/include/LxFence.h"
-
-#include <windows.h>
+#include "RenderManager/D3D12/LxD3D12RenderManager.h"
 
 #include <new>
-
-// The fence of the immediate list: the upload ring recycles immediate uploads behind it like a frame's.
-class LxD3D12GPUResourceManager::ImmediateFence : public LxFence
-{
-public:
-    ~ImmediateFence() override
-    {
-        if (m_pFence)
-            m_pFence->Release();
-        if (m_hEvent)
-            CloseHandle(m_hEvent);
-    }
-    bool Create(ID3D12Device* device, ID3D12CommandQueue* queue)
-    {
-        m_pQueue = queue;
-        m_hEvent = CreateEventW(nullptr, FALSE, FALSE, nullptr);
-        return m_hEvent && SUCCEEDED(device->CreateFence(0, D3D12_FENCE_FLAG_NONE, IID_PPV_ARGS(&m_pFence)));
-    }
-    bool Signal(unsigned long long value) override
-    {
-        if (FAILED(m_pQueue->Signal(m_pFence, value)))
-        {
-            LX_ERROR("LxD3D12GPUResourceManager.  The queue refused to signal the immediate fence.");
-            return false;
-        }
-        return true;
-    }
-    unsigned long long GetCompletedValue() const override { return m_pFence->GetCompletedValue(); }
-
-protected:
-    bool ArmWait(unsigned long long value) override
-    {
-        if (FAILED(m_pFence->SetEventOnCompletion(value, m_hEvent)))
-        {
-            LX_ERROR("LxD3D12GPUResourceManager.  Waiting for the immediate fence failed.");
-            return false;
-        }
-        return true;
-    }
-    void WaitForArmedValue() override { WaitForSingleObject(m_hEvent, INFINITE); }
-
-private:
-    ID3D12CommandQueue* m_pQueue = nullptr;
-    ID3D12Fence* m_pFence = nullptr;
-    HANDLE m_hEvent = nullptr;
-};
 
 namespace
 {
@@ -147,12 +99,14 @@ void LxD3D12GPUResourceManager::ReleaseDeviceObjects()
 
 bool LxD3D12GPUResourceManager::Initialize(unsigned uploadHeapSize, unsigned descriptorsPerHeap)
 {
-    if (!m_pDevice || !m_pQueue)
+    LxD3D12RenderManager* renderManager = LxD3D12RenderManager::GetD3D12Ptr();
+    if (!renderManager || !renderManager->GetDevice() || !renderManager->GetCommandQueue())
     {
-        LX_ERROR("LxD3D12GPUResourceManager::Initialize.  No Direct3D 12 device has been handed over.");
+        LX_ERROR("LxD3D12GPUResourceManager::Initialize.  The render manager has no Direct3D 12 device yet.");
         return false;
     }
-    return InitializeWithDevice(m_pDevice, m_pQueue, uploadHeapSize, descriptorsPerHeap);
+    return InitializeWithDevice(renderManager->GetDevice(), renderManager->GetCommandQueue(), uploadHeapSize,
+                                descriptorsPerHeap);
 }
 
 bool LxD3D12GPUResourceManager::InitializeWithDevice(ID3D12Device* device, ID3D12CommandQueue* queue,
@@ -167,8 +121,8 @@ bool LxD3D12GPUResourceManager::InitializeWithDevice(ID3D12Device* device, ID3D1
     ReleaseDeviceObjects();
     const unsigned long long uploadBytes = uploadHeapSize ? uploadHeapSize : kDefaultUploadHeapSize;
     const unsigned descriptors = descriptorsPerHeap ? descriptorsPerHeap : kDefaultDescriptorsPerHeap;
-    m_pFence = new ImmediateFence();
-    bool ok = m_pFence->Create(device, queue) && m_uploadHeap.Create(device, uploadBytes);
+    m_pFence = LxD3D12Fence::Create(device, queue, 0);
+    bool ok = m_pFence && m_uploadHeap.Create(device, uploadBytes);
     for (unsigned type = 0; ok && type < D3D12_DESCRIPTOR_HEAP_TYPE_NUM_TYPES; ++type)
     {
         const D3D12_DESCRIPTOR_HEAP_TYPE heapType = static_cast<D3D12_DESCRIPTOR_HEAP_TYPE>(type);

@@ -20,6 +20,7 @@
 
 #include <d3d12.h>
 
+class LxD3D12Fence;
 class LxImageData2D;
 
 class LX_API LxD3D12GPUResourceManager : public LxGPUResourceManager, public LxFrameEndListener
@@ -36,8 +37,7 @@ public:
     LxD3D12GPUResourceManager();
     ~LxD3D12GPUResourceManager() override;
 
-    // Needs a device handed over first (InitializeWithDevice); until the render manager hands its own over, this
-    // only reports that none is there.
+    // On the render manager's device and queue (LxD3D12RenderManager, initialised first).
     bool Initialize(unsigned uploadHeapSize, unsigned descriptorsPerHeap) override;
     // Heaps of the given sizes (0: the defaults) on `device`, immediate work on `queue` (a direct queue).
     bool InitializeWithDevice(ID3D12Device* device, ID3D12CommandQueue* queue, unsigned long long uploadHeapSize = 0,
@@ -96,8 +96,6 @@ protected:
                                                  LxCountedPtr<LxMemoryBuffer> initialData) override;
 
 private:
-    class ImmediateFence;
-
     void ReleaseDeviceObjects();
 
     ID3D12Device* m_pDevice = nullptr;
@@ -108,7 +106,7 @@ private:
     LxMutex m_immediateLock;
     ID3D12CommandAllocator* m_pAllocator = nullptr;
     ID3D12GraphicsCommandList* m_pList = nullptr;
-    ImmediateFence* m_pFence = nullptr;
+    LxD3D12Fence* m_pFence = nullptr;
     unsigned long long m_nFenceValue = 0;
     bool m_bListOpen = false;
 };
