@@ -1,6 +1,7 @@
 // LxPoint3: a position, three 32-bit floats (x, y, z). Points and vectors are kept apart: point - point is an
 // LxVector3, point +/- vector is a point, and a matrix moves a point with its translation (LxMatrix4::
-// TransformPoint) but a vector without. A vector converts to a point implicitly (a position held as a vector). A plain value type: default construction gives the origin.
+// TransformPoint) but a vector without. A vector converts to a point implicitly (a position held as a vector). A plain
+// value type: default construction gives the origin.
 #pragma once
 
 #include "Common/LxVector3.h"

@@ -223,7 +223,10 @@ public:
     unsigned int Replace(Ch what, Ch with);
     LxStringT Substring(unsigned int start, unsigned int count = 0xFFFFFFFFu) const;
     LxStringT Left(unsigned int count) const { return Substring(0, count); }
-    LxStringT Right(unsigned int count) const { return count >= GetLength() ? *this : Substring(GetLength() - count, count); }
+    LxStringT Right(unsigned int count) const
+    {
+        return count >= GetLength() ? *this : Substring(GetLength() - count, count);
+    }
     // Removes blanks, tabs, carriage returns and line feeds from both ends / one end.
     void Trim();
     void TrimLeft();

@@ -110,7 +110,7 @@ TEST(LxHashMap, GrowthInsertionAndIteration)
     tiny.Insert(LxString("b"), 2);
     EXPECT_EQ(tiny.GetSlotCount(), 4u);
     EXPECT_EQ(tiny.SlotOf(LxString("a")), LxString("a").Hash() % 4u); // positions follow the grown table
-    EXPECT_EQ(tiny.SlotOf(LxString("zz")), tiny.GetSlotCount());    // absent
+    EXPECT_EQ(tiny.SlotOf(LxString("zz")), tiny.GetSlotCount());      // absent
     StringMap empty(4, 0.5f);
     EXPECT_TRUE(empty.begin() == empty.end());
 

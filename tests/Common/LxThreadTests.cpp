@@ -74,10 +74,12 @@ class FunctionThread : public LxThread
 {
 public:
     explicit FunctionThread(std::function<void()> body)
-        : LxThread([body] {
-              body();
-              return 0u;
-          })
+        : LxThread(
+              [body]
+              {
+                  body();
+                  return 0u;
+              })
     {
     }
 };
@@ -622,10 +624,12 @@ TEST(LxThread, DerivedThreadDestroyedWhileRunningIsReported)
                              LX_LOG_ERROR));
     LxTest::LogCapture quiet;
     {
-        LxThread callable([] {
-            LxThread::Sleep(20);
-            return 7u;
-        });
+        LxThread callable(
+            []
+            {
+                LxThread::Sleep(20);
+                return 7u;
+            });
         ASSERT_TRUE(callable.Start());
     }
     EXPECT_EQ(quiet.ErrorCount(), 0) << "the callable form joins safely in the destructor";

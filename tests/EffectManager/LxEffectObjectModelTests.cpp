@@ -219,8 +219,8 @@ TEST(LxVertexElement, TablesAndSemantics)
     {
         total += LxVertexElement::ms_dataTypeSize[t];
         LxVertexElement::DataType back;
-        ASSERT_TRUE(
-            LxVertexElement::DataTypeFromString(LxVertexElement::DataTypeToString(LxVertexElement::DataType(t)), &back));
+        ASSERT_TRUE(LxVertexElement::DataTypeFromString(LxVertexElement::DataTypeToString(LxVertexElement::DataType(t)),
+                                                        &back));
         EXPECT_EQ(t, static_cast<unsigned int>(back));
     }
     EXPECT_EQ(226u, total);
