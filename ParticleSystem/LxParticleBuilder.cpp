@@ -384,7 +384,11 @@ bool LxParticleBuilder::AddKeyFrameChannel(LxParticleParameter* parameter, const
     }
     // Beyond the largest valid count the channels are only counted, not kept.
     if (parameter->GetChannelCount() <= 4 * parameter->GetStride())
-        parameter->AddChannel(*channel);
+    {
+        LxParticleKeyFrameChannel sorted(*channel);
+        sorted.SortKeys();
+        parameter->AddChannel(sorted);
+    }
     return true;
 }
 

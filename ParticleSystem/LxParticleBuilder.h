@@ -36,7 +36,6 @@
 
 #include "Common/LxApi.h"
 #include "Common/LxArray.h"
-#include "Common/LxHashMap.h"
 #include "Common/LxString.h"
 #include "ParticleSystem/LxEmitterBuilder.h"
 #include "ParticleSystem/LxParticleActionBuilder.h"
@@ -112,6 +111,7 @@ public:
     // A new parameter (owned by the caller) of `kind` with the numbers written for it (none for the keyframed
     // kinds, which get channels through AddKeyFrameChannel); null when the kind or the count is not valid.
     LxParticleParameter* CreateParameter(LxParticleParameterKind kind, const LxArray<float>& values);
+    // Adds a copy of `channel`, its keys sorted by time.
     bool AddKeyFrameChannel(LxParticleParameter* parameter, const LxParticleKeyFrameChannel* channel);
     // Checks the channel count of a keyframed parameter (1 to 4 channels; 3, 6, 9 or 12 for the non-uniform kind).
     bool FinishParameter(const LxParticleParameter& parameter);

@@ -1,12 +1,11 @@
 #include "ParticleSystem/LxParticleKeyFrameChannel.h"
 
-void LxParticleKeyFrameChannel::AddKey(float time, float value)
+#include <algorithm>
+
+void LxParticleKeyFrameChannel::SortKeys()
 {
-    // Editor files list keys in order, so the usual case is an append.
-    unsigned int at = m_keys.GetCount();
-    while (at > 0 && m_keys[at - 1].time > time)
-        --at;
-    m_keys.Insert(at, Key{time, value});
+    // Stable, so that keys at one time keep their order; n log n whatever order the file wrote them in.
+    std::stable_sort(m_keys.begin(), m_keys.end(), [](const Key& a, const Key& b) { return a.time < b.time; });
 }
 
 float LxParticleKeyFrameChannel::Evaluate(float time) const
@@ -18,14 +17,13 @@ float LxParticleKeyFrameChannel::Evaluate(float time) const
         return m_keys[0].value;
     if (time >= m_keys[n - 1].time)
         return m_keys[n - 1].value;
-    unsigned int i = 0;
-    while (i + 1 < n && m_keys[i + 1].time <= time)
-        ++i;
-    const Key& a = m_keys[i];
-    const Key& b = m_keys[i + 1];
+    // The first key after `time`; the segment is the one before it.
+    const Key* next =
+        std::upper_bound(m_keys.begin(), m_keys.end(), time, [](float t, const Key& k) { return t < k.time; });
+    const Key& a = *(next - 1);
+    const Key& b = *next;
     const float span = b.time - a.time;
     if (!(span > 0.0f))
         return b.value;
-    const float u = (time - a.time) / span;
-    return a.value + (b.value - a.value) * u;
+    return a.value + (b.value - a.value) * ((time - a.time) / span);
 }

@@ -172,12 +172,13 @@ TEST(LxParticleBuilder, RefusedElementsSwallowTheirMembers)
 
 TEST(LxParticleBuilder, DescriptionRules)
 {
-    // Keys are kept in time order, equal times in the order given (a jump); evaluation holds the ends.
+    // Sorted keys are in time order, equal times in the order given (a jump); evaluation holds the ends.
     LxParticleKeyFrameChannel channel;
     channel.AddKey(1.0f, 10.0f);
+    channel.AddKey(2.0f, 40.0f);
     channel.AddKey(0.0f, 0.0f);
     channel.AddKey(1.0f, 20.0f);
-    channel.AddKey(2.0f, 40.0f);
+    channel.SortKeys();
     ASSERT_EQ(4u, channel.GetKeyCount());
     EXPECT_FLOAT_EQ(0.0f, channel.GetKeyTime(0));
     EXPECT_FLOAT_EQ(10.0f, channel.GetKeyValue(1));
