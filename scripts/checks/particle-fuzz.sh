@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Fuzz smoke run of the particle description language: configures and builds the native-fuzz preset (clang,
 # libFuzzer, ASan and UBSan), then runs LxParticleFuzzer for 15 seconds from a seed corpus of the test particle
-# files (valid ones and the error files). Fails on any crash, hang (10 s per input), leak or sanitizer report.
+# files (valid ones and the error files), with the keyword dictionary fuzz/LxParticleFuzzer.dict. Fails on any
+# crash, hang (10 s per input), leak or sanitizer report.
 #   LUMEX_FUZZ_BUILD_DIR   build folder (default build/native-fuzz)
 #   LUMEX_FUZZ_SECONDS     run time (default 15)
 set -euo pipefail
@@ -21,7 +22,8 @@ find tests/data/particles -name '*.txt' | while read -r f; do
 done
 
 # Findings (crash-*, leak-*, timeout-*) are written to the work folder and reported below.
-if ! (cd "$work" && "$OLDPWD/$BUILD/bin/LxParticleFuzzer" -max_total_time="$SECONDS_TO_RUN" -timeout=10 \
+if ! (cd "$work" && "$OLDPWD/$BUILD/bin/LxParticleFuzzer" -dict="$OLDPWD/fuzz/LxParticleFuzzer.dict" \
+      -max_total_time="$SECONDS_TO_RUN" -timeout=10 \
       -rss_limit_mb=2048 -max_len=65536 -print_final_stats=1 corpus seeds) >"$work/fuzz.log" 2>&1; then
   tail -n 60 "$work/fuzz.log"
   ls "$work" | grep -E '^(crash|leak|timeout|oom)-' || true
