@@ -235,6 +235,41 @@ void LxD3D12GPUResourceManager::OnFrameEnd(LxFence* fence, unsigned long long fe
     }
 }
 
+bool LxD3D12GPUResourceManager::RecordCopyToReadback(ID3D12Resource* texture, D3D12_RESOURCE_STATES state,
+                                                     unsigned subresource, LxD3D12ReadbackBuffer* out,
+                                                     D3D12_PLACED_SUBRESOURCE_FOOTPRINT* footprint, unsigned* rows)
+{
+    LxMutex::ScopedLock lock(m_immediateLock);
+    const D3D12_RESOURCE_DESC desc = texture->GetDesc();
+    UINT rowCount = 0;
+    UINT64 rowSize = 0;
+    UINT64 total = 0;
+    m_pDevice->GetCopyableFootprints(&desc, subresource, 1, 0, footprint, &rowCount, &rowSize, &total);
+    *rows = rowCount;
+    ID3D12GraphicsCommandList* list = BeginImmediate();
+    if (!list || !out->Create(m_pDevice, total))
+    {
+        return false;
+    }
+    const bool transition = state != D3D12_RESOURCE_STATE_COPY_SOURCE;
+    D3D12_RESOURCE_BARRIER barrier = Transition(texture, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
+    if (transition)
+        list->ResourceBarrier(1, &barrier);
+    D3D12_TEXTURE_COPY_LOCATION dst = {};
+    dst.pResource = out->GetResource();
+    dst.Type = D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT;
+    dst.PlacedFootprint = *footprint;
+    D3D12_TEXTURE_COPY_LOCATION src = {};
+    src.pResource = texture;
+    src.Type = D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX;
+    src.SubresourceIndex = subresource;
+    list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
+    barrier = Transition(texture, D3D12_RESOURCE_STATE_COPY_SOURCE, state);
+    if (transition)
+        list->ResourceBarrier(1, &barrier);
+    return true;
+}
+
 bool LxD3D12GPUResourceManager::ReadbackSubresource(ID3D12Resource* texture, D3D12_RESOURCE_STATES state,
                                                     unsigned subresource, unsigned depthSlice,
                                                     LxGPUResourceFormat format, LxImageData2D* out)
@@ -297,35 +332,14 @@ bool LxD3D12GPUResourceManager::ReadbackSubresource(ID3D12Resource* texture, D3D
     }
 
     D3D12_PLACED_SUBRESOURCE_FOOTPRINT footprint = {};
-    UINT rows = 0;
-    UINT64 rowSize = 0;
-    UINT64 total = 0;
-    m_pDevice->GetCopyableFootprints(&desc, sourceSubresource, 1, 0, &footprint, &rows, &rowSize, &total);
+    unsigned rows = 0;
     LxD3D12ReadbackBuffer readback;
-    bool ok = depthSlice < footprint.Footprint.Depth && readback.Create(m_pDevice, total);
-    if (ok)
-    {
-        const D3D12_RESOURCE_STATES sourceState = source == texture ? state : D3D12_RESOURCE_STATE_COPY_SOURCE;
-        const bool transition = sourceState != D3D12_RESOURCE_STATE_COPY_SOURCE;
-        D3D12_RESOURCE_BARRIER barrier = Transition(source, sourceState, D3D12_RESOURCE_STATE_COPY_SOURCE);
-        if (transition)
-            list->ResourceBarrier(1, &barrier);
-        D3D12_TEXTURE_COPY_LOCATION dst = {};
-        dst.pResource = readback.GetResource();
-        dst.Type = D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT;
-        dst.PlacedFootprint = footprint;
-        D3D12_TEXTURE_COPY_LOCATION src = {};
-        src.pResource = source;
-        src.Type = D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX;
-        src.SubresourceIndex = sourceSubresource;
-        list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
-        barrier = Transition(source, D3D12_RESOURCE_STATE_COPY_SOURCE, sourceState);
-        if (transition)
-            list->ResourceBarrier(1, &barrier);
-    }
-    else if (depthSlice >= footprint.Footprint.Depth)
+    const D3D12_RESOURCE_STATES sourceState = source == texture ? state : D3D12_RESOURCE_STATE_COPY_SOURCE;
+    bool ok = RecordCopyToReadback(source, sourceState, sourceSubresource, &readback, &footprint, &rows);
+    if (ok && depthSlice >= footprint.Footprint.Depth)
     {
         LX_ERROR("LxD3D12GPUResourceManager::ReadbackSubresource.  Depth slice %u lies outside the level.", depthSlice);
+        ok = false;
     }
     ok = ExecuteImmediate() && ok;
     if (resolved)

@@ -21,6 +21,7 @@
 #include <d3d12.h>
 
 class LxD3D12Fence;
+class LxD3D12ReadbackBuffer;
 class LxImageData2D;
 
 class LX_API LxD3D12GPUResourceManager : public LxGPUResourceManager, public LxFrameEndListener
@@ -62,6 +63,13 @@ public:
     // slice `depthSlice` of a 3D subresource, else the whole 2D surface. Multisampled textures are resolved first.
     bool ReadbackSubresource(ID3D12Resource* texture, D3D12_RESOURCE_STATES state, unsigned subresource,
                              unsigned depthSlice, LxGPUResourceFormat format, LxImageData2D* out);
+
+    // Records, on the open immediate list, the copy of one subresource (in `state`, left in it) into `out`, made
+    // here to the size of the subresource's footprint, which is returned with its row count. Call ExecuteImmediate
+    // before reading `out`.
+    bool RecordCopyToReadback(ID3D12Resource* texture, D3D12_RESOURCE_STATES state, unsigned subresource,
+                              LxD3D12ReadbackBuffer* out, D3D12_PLACED_SUBRESOURCE_FOOTPRINT* footprint,
+                              unsigned* rows);
 
     void OnFrameEnd(LxFence* fence, unsigned long long fenceValue) override;
 

@@ -32,3 +32,13 @@ bool LxD3D12Texture3D::GetReadbackImage(LxImageData2D* out)
 {
     return ReadbackMipLevel(0, 0, out);
 }
+
+bool LxD3D12Texture3D::APIMap(MapType type, unsigned subresource, LxMappedVolume* out)
+{
+    return m_storage.Map(*this, type, subresource, out, "LxD3D12Texture3D::Map");
+}
+
+bool LxD3D12Texture3D::APIUnmap(unsigned subresource)
+{
+    return m_storage.Unmap(subresource, "LxD3D12Texture3D::Unmap");
+}

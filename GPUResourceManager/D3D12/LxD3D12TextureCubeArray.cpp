@@ -34,3 +34,20 @@ bool LxD3D12TextureCubeArray::GetReadbackImage(LxImageData2D* out)
 {
     return ReadbackMipLevel(0, 0, out);
 }
+
+bool LxD3D12TextureCubeArray::APIMap(MapType type, unsigned subresource, LxMappedSurface* out)
+{
+    LxMappedVolume volume;
+    if (!m_storage.Map(*this, type, subresource, &volume, "LxD3D12TextureCubeArray::Map"))
+    {
+        return false;
+    }
+    out->rowPitch = volume.rowPitch;
+    out->data = volume.data;
+    return true;
+}
+
+bool LxD3D12TextureCubeArray::APIUnmap(unsigned subresource)
+{
+    return m_storage.Unmap(subresource, "LxD3D12TextureCubeArray::Unmap");
+}

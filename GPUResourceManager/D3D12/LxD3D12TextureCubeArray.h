@@ -27,6 +27,10 @@ public:
     ID3D12Resource* GetD3D12Resource() const { return m_storage.GetResource(); }
     D3D12_RESOURCE_STATES GetD3D12State() const { return m_storage.GetState(); }
 
+protected:
+    bool APIMap(MapType type, unsigned subresource, LxMappedSurface* out) override;
+    bool APIUnmap(unsigned subresource) override;
+
 private:
     LxD3D12TextureResource m_storage;
 };

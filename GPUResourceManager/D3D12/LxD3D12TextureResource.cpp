@@ -3,6 +3,7 @@
 #include "Common/LxLogManager.h"
 #include "GPUResourceManager/D3D12/LxD3D12Format.h"
 #include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
+#include "GPUResourceManager/D3D12/LxD3D12ReadbackBuffer.h"
 #include "GPUResourceManager/LxGPUTextureSize.h"
 
 #include <cstring>
@@ -50,6 +51,11 @@ LxD3D12TextureResource::~LxD3D12TextureResource()
 
 void LxD3D12TextureResource::Destroy()
 {
+    for (Staging& staging : m_staging)
+    {
+        ReleaseStaging(staging);
+    }
+    m_staging.Clear();
     if (m_pResource)
     {
         m_pResource->Release();
@@ -256,4 +262,136 @@ bool LxD3D12TextureResource::Readback(const LxGPUTexture& texture, unsigned mip,
     }
     return manager->ReadbackSubresource(m_pResource, m_state, texture.GetSubresourceIndex(mip, volume ? 0 : slice),
                                         volume ? slice : 0, texture.GetFormat(), out);
+}
+
+void LxD3D12TextureResource::ReleaseStaging(Staging& staging)
+{
+    delete staging.readback;
+    staging.readback = nullptr;
+    if (staging.upload)
+    {
+        staging.upload->Unmap(0, nullptr);
+        staging.upload->Release();
+        staging.upload = nullptr;
+    }
+}
+
+bool LxD3D12TextureResource::Map(const LxGPUTexture& texture, LxGPUResource::MapType type, unsigned subresource,
+                                 LxMappedVolume* out, const char* who)
+{
+    LxD3D12GPUResourceManager* manager = DeviceManager(who);
+    if (!manager)
+    {
+        return false;
+    }
+    if (!m_pResource || texture.GetSampleCount() > 1)
+    {
+        LX_ERROR("%s.  Only a created, single-sampled texture can be mapped.", who);
+        return false;
+    }
+    const bool read = type == LxGPUResource::MAP_READ || type == LxGPUResource::MAP_READ_WRITE;
+    const bool write = type != LxGPUResource::MAP_READ;
+    Staging staging = {subresource, nullptr, nullptr, {}};
+    UINT rows = 0;
+    UINT64 rowSize = 0;
+    UINT64 total = 0;
+    manager->GetDevice()->GetCopyableFootprints(&m_desc, subresource, 1, 0, &staging.footprint, &rows, &rowSize,
+                                                &total);
+    LxMutex::ScopedLock lock(manager->GetImmediateLock());
+    const unsigned char* current = nullptr;
+    if (read)
+    {
+        staging.readback = new LxD3D12ReadbackBuffer();
+        unsigned copiedRows = 0;
+        D3D12_PLACED_SUBRESOURCE_FOOTPRINT footprint = {};
+        const bool recorded =
+            manager->RecordCopyToReadback(m_pResource, m_state, subresource, staging.readback, &footprint, &copiedRows);
+        current = manager->ExecuteImmediate() && recorded ? staging.readback->Map() : nullptr;
+        if (!current)
+        {
+            ReleaseStaging(staging);
+            return false;
+        }
+    }
+    unsigned char* data = const_cast<unsigned char*>(current);
+    if (write)
+    {
+        D3D12_HEAP_PROPERTIES heap = {};
+        heap.Type = D3D12_HEAP_TYPE_UPLOAD;
+        heap.CreationNodeMask = heap.VisibleNodeMask = 1;
+        D3D12_RESOURCE_DESC desc = {};
+        desc.Dimension = D3D12_RESOURCE_DIMENSION_BUFFER;
+        desc.Width = total;
+        desc.Height = desc.DepthOrArraySize = desc.MipLevels = 1;
+        desc.SampleDesc.Count = 1;
+        desc.Layout = D3D12_TEXTURE_LAYOUT_ROW_MAJOR;
+        void* mapped = nullptr;
+        if (FAILED(manager->GetDevice()->CreateCommittedResource(&heap, D3D12_HEAP_FLAG_NONE, &desc,
+                                                                 D3D12_RESOURCE_STATE_GENERIC_READ, nullptr,
+                                                                 IID_PPV_ARGS(&staging.upload))) ||
+            FAILED(staging.upload->Map(0, nullptr, &mapped)))
+        {
+            LX_ERROR("%s.  No upload memory for the map.", who);
+            ReleaseStaging(staging);
+            return false;
+        }
+        data = static_cast<unsigned char*>(mapped);
+        if (current)
+        {
+            // Read-write: the caller edits what the texture holds.
+            std::memcpy(data, current, static_cast<size_t>(total));
+            staging.readback->Unmap();
+        }
+    }
+    out->rowPitch = staging.footprint.Footprint.RowPitch;
+    out->slicePitch = staging.footprint.Footprint.RowPitch * rows;
+    out->data = data;
+    m_staging.Add(staging);
+    return true;
+}
+
+bool LxD3D12TextureResource::Unmap(unsigned subresource, const char* who)
+{
+    for (unsigned i = 0; i < m_staging.GetCount(); ++i)
+    {
+        Staging staging = m_staging[i];
+        if (staging.subresource != subresource)
+        {
+            continue;
+        }
+        m_staging.RemoveAt(i);
+        bool ok = true;
+        if (staging.upload)
+        {
+            LxD3D12GPUResourceManager* manager = DeviceManager(who);
+            if (!manager)
+            {
+                ReleaseStaging(staging);
+                return false;
+            }
+            LxMutex::ScopedLock lock(manager->GetImmediateLock());
+            ID3D12GraphicsCommandList* list = manager->BeginImmediate();
+            if (list)
+            {
+                D3D12_RESOURCE_BARRIER barrier = Transition(m_pResource, m_state, D3D12_RESOURCE_STATE_COPY_DEST);
+                list->ResourceBarrier(1, &barrier);
+                D3D12_TEXTURE_COPY_LOCATION dst = {};
+                dst.pResource = m_pResource;
+                dst.Type = D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX;
+                dst.SubresourceIndex = subresource;
+                D3D12_TEXTURE_COPY_LOCATION src = {};
+                src.pResource = staging.upload;
+                src.Type = D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT;
+                src.PlacedFootprint = staging.footprint;
+                list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
+                barrier = Transition(m_pResource, D3D12_RESOURCE_STATE_COPY_DEST, m_state);
+                list->ResourceBarrier(1, &barrier);
+            }
+            ok = list && manager->ExecuteImmediate();
+        }
+        ReleaseStaging(staging);
+        return ok;
+    }
+    LX_ERROR("%s.  Subresource %u has no staging memory.", who, subresource);
+    return false;
 }

@@ -10,12 +10,14 @@
 #pragma once
 
 #include "Common/LxApi.h"
+#include "Common/LxArray.h"
 #include "Common/LxCountedPtr.h"
 #include "Common/LxMemoryBuffer.h"
 #include "GPUResourceManager/LxGPUTexture.h"
 
 #include <d3d12.h>
 
+class LxD3D12ReadbackBuffer;
 class LxImageData2D;
 
 class LX_API LxD3D12TextureResource
@@ -34,12 +36,30 @@ public:
     // Level `mip` of `slice` (a depth slice of that level for 3D textures) into `out`.
     bool Readback(const LxGPUTexture& texture, unsigned mip, unsigned slice, LxImageData2D* out, const char* who);
 
+    // Maps one subresource through staging memory: a read copies it to the CPU first (the call waits for the
+    // GPU); a write hands out upload memory whose contents Unmap copies into the texture (Unmap waits). The
+    // pointers stay valid until Unmap. Multisampled textures cannot be mapped.
+    bool Map(const LxGPUTexture& texture, LxGPUResource::MapType type, unsigned subresource, LxMappedVolume* out,
+             const char* who);
+    bool Unmap(unsigned subresource, const char* who);
+
     ID3D12Resource* GetResource() const { return m_pResource; }
     // The state the texture rests in between uses (render target, depth write, shader resource or unordered access).
     D3D12_RESOURCE_STATES GetState() const { return m_state; }
 
 private:
+    struct Staging
+    {
+        unsigned subresource;
+        LxD3D12ReadbackBuffer* readback; // read maps
+        ID3D12Resource* upload;          // write maps, mapped while the subresource is
+        D3D12_PLACED_SUBRESOURCE_FOOTPRINT footprint;
+    };
+
     bool Upload(const LxGPUTexture& texture, const LxCountedPtr<LxMemoryBuffer>& data, const char* who);
+    static void ReleaseStaging(Staging& staging);
+
+    LxArray<Staging> m_staging;
 
     ID3D12Resource* m_pResource = nullptr;
     D3D12_RESOURCE_DESC m_desc = {};

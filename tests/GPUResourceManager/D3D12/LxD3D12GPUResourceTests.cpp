@@ -640,6 +640,56 @@ TEST_F(D3D12ResourceManager, BuffersTakeTheirInitialDataAndMapWhereAllowed)
     EXPECT_TRUE(constants->Unmap());
 }
 
+TEST_F(D3D12ResourceManager, DynamicTexturesMapThroughStagingMemory)
+{
+    LxGPUResourceManager& m = LxGPUResourceManager::GetRef();
+    const LxGPUResource::Behavior dynamic = LxGPUResource::GPU_RESOURCE_DYNAMIC;
+    const unsigned srv = LxGPUResource::BIND_SHADER_RESOURCE;
+    const std::vector<unsigned char> texels = Pattern(7 * 5 * 4, 21);
+
+    // Read: the map shows what the texture holds, rows at the device's pitch.
+    LxCountedPtr<LxGPUTexture2DArray> readable =
+        m.CreateTexture2DArray(dynamic, 7, 5, LX_FORMAT_R8G8B8A8_UNORM, LxGPUTexture::MIP_NONE, 1, 1, srv,
+                               LxGPUResource::CPU_ACCESS_READ, Bytes(texels));
+    ASSERT_TRUE(readable);
+    LxMappedSurface surface;
+    ASSERT_TRUE(readable->Map(LxGPUResource::MAP_READ, 0, 0, &surface));
+    EXPECT_GE(surface.rowPitch, 28u);
+    for (unsigned y = 0; y < 5; ++y)
+        EXPECT_EQ(
+            std::vector<unsigned char>(texels.begin() + y * 28, texels.begin() + y * 28 + 28),
+            std::vector<unsigned char>(surface.data + y * surface.rowPitch, surface.data + y * surface.rowPitch + 28));
+    EXPECT_TRUE(readable->Unmap(0, 0));
+
+    // Write: what the caller writes reaches the texture at Unmap.
+    LxCountedPtr<LxGPUTexture2DArray> writable =
+        m.CreateTexture2DArray(dynamic, 7, 5, LX_FORMAT_R8G8B8A8_UNORM, LxGPUTexture::MIP_NONE, 1, 1, srv,
+                               LxGPUResource::CPU_ACCESS_WRITE, nullptr);
+    ASSERT_TRUE(writable);
+    ASSERT_TRUE(writable->Map(LxGPUResource::MAP_WRITE_DISCARD, 0, 0, &surface));
+    for (unsigned y = 0; y < 5; ++y)
+        std::memcpy(surface.data + y * surface.rowPitch, texels.data() + y * 28, 28);
+    ASSERT_TRUE(writable->Unmap(0, 0));
+    LxImageData2D image;
+    ASSERT_TRUE(writable->GetReadbackImage(&image));
+    ExpectImage(image, CaseOf(LX_FORMAT_R8G8B8A8_UNORM), texels.data(), 7, 5);
+
+    // A volume maps whole levels: depth slices lie a slice pitch apart.
+    const std::vector<unsigned char> voxels = TexelData(CaseOf(LX_FORMAT_R32_FLOAT), 4 * 4 * 3, 8);
+    LxCountedPtr<LxGPUTexture3D> volume =
+        m.CreateTexture3D(dynamic, 4, 4, 3, LX_FORMAT_R32_FLOAT, LxGPUTexture::MIP_NONE, 1, srv,
+                          LxGPUResource::CPU_ACCESS_READ, Bytes(voxels));
+    ASSERT_TRUE(volume);
+    LxMappedVolume mapped;
+    ASSERT_TRUE(volume->Map(LxGPUResource::MAP_READ, 0, &mapped));
+    for (unsigned z = 0; z < 3; ++z)
+        for (unsigned y = 0; y < 4; ++y)
+            EXPECT_EQ(0, std::memcmp(voxels.data() + (z * 4 + y) * 16,
+                                     mapped.data + z * mapped.slicePitch + y * mapped.rowPitch, 16))
+                << "z " << z << ", row " << y;
+    EXPECT_TRUE(volume->Unmap(0));
+}
+
 TEST_F(D3D12ResourceManager, EveryProvokableResourceMessageIsLoggedVerbatim)
 {
     LxGPUResourceManager& m = LxGPUResourceManager::GetRef();
