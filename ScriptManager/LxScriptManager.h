@@ -18,7 +18,8 @@
 // Queries: a queued message starting with '#' ("#sgetstring x", "#sgetbool x", "#sgetnum x") reads
 // DrawScriptEnv.x and writes the answer, "#UNKNOWN" or "#ERROR" into the return slot that GetReturn empties. A
 // query is answered only while the slot is empty; otherwise it stays at the head of the queue and the frame's
-// processing stops there, so answers keep their order. CallFunction also leaves a non-nil result in that slot:
+// processing stops there, so answers keep their order (an empty string is no answer: "#sgetstring" of one stays
+// unanswered in the client's eyes). CallFunction also leaves a non-nil result in that slot:
 // the main thread should take it with GetReturn before queries are expected to flow again.
 //
 // Threading: AddMessage, ClearQueue, GetReturn and GetQueuedMessageCount may be called from any thread; everything

@@ -1,3 +1,7 @@
+#include "EffectManager/LxEffect.h"
+#include "EffectManager/LxEffectBuilder.h"
+#include "EffectManager/LxEffectParser.h"
+#include "EffectManager/LxTextureSlot.h"
 #include "ScriptManager/LxMessageLog.h"
 #include "ScriptManager/LxScriptManager.h"
 #include "support/LxTestSupport.h"
@@ -10,6 +14,7 @@ extern "C"
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -153,6 +158,30 @@ TEST_F(ScriptManagerTest, CommandsRunInTheDrawScriptEnvironmentAndSeeGlobals)
     ExpectStackKept();
     LxScriptManager::ShutDown();
     EXPECT_EQ(nullptr, LxScriptVariableSource::GetGlobal());
+}
+
+TEST_F(ScriptManagerTest, EffectViewParametersReadDrawScriptVariables)
+{
+    const LxString text("Texture2D t < ViewParams = < MipLevels = < ScriptVariable = \"mips\" > > >\n");
+    LxEffectBuilder builder;
+    LxEffectParser parser;
+    parser.Init("script.fx", text, &builder);
+    std::unique_ptr<LxEffect> fx(parser.Parse());
+    ASSERT_TRUE(fx);
+    LxSlotViewParams params;
+    ASSERT_TRUE(m_sm->ExecuteCommand("mips = 3"));
+    EXPECT_TRUE(fx->GetTextureSlot("t")->ReadViewParams(&params));
+    EXPECT_EQ(3u, params.values[LxSlotViewParams::MIP_LEVELS]);
+    for (const char* command : {"mips = 'three'", "mips = nil"})
+    {
+        LxLogManager::ResetLumexErrorLog();
+        m_log.Clear();
+        ASSERT_TRUE(m_sm->ExecuteCommand(command));
+        EXPECT_FALSE(fx->GetTextureSlot("t")->ReadViewParams(&params)) << command;
+        EXPECT_EQ(Strings{"Script variable named: DrawScriptEnv.mips does not exist, or does not refer to a number"},
+                  m_log.Errors());
+    }
+    ExpectStackKept();
 }
 
 TEST_F(ScriptManagerTest, VariablesByTablePath)
