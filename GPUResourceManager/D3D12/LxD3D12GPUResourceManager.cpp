@@ -49,6 +49,20 @@ T* Make(const char* newFailure, LxCountedPtr<LxMemoryBuffer> data, Args... args)
     return resource;
 }
 
+// How the render manager finds the ID3D12Resource of a buffer made here (indirect arguments and draws).
+ID3D12Resource* ResolveBuffer(LxGPUBuffer* buffer)
+{
+    if (auto* vertices = dynamic_cast<LxD3D12VertexBuffer*>(buffer))
+        return vertices->GetD3D12Resource();
+    if (auto* indices = dynamic_cast<LxD3D12IndexBuffer*>(buffer))
+        return indices->GetD3D12Resource();
+    if (auto* constants = dynamic_cast<LxD3D12ConstantBuffer*>(buffer))
+        return constants->GetD3D12Resource();
+    if (auto* structured = dynamic_cast<LxD3D12StructuredBuffer*>(buffer))
+        return structured->GetD3D12Resource();
+    return nullptr;
+}
+
 LxGPUResourceManager* CreateD3D12Manager()
 {
     return new LxD3D12GPUResourceManager();
@@ -58,6 +72,7 @@ LxGPUResourceManager* CreateD3D12Manager()
 void LxD3D12GPUResourceManager::RegisterCreateFunction()
 {
     SetCreateFunction(CreateD3D12Manager);
+    LxD3D12RenderManager::SetBufferResolver(ResolveBuffer);
 }
 
 LxD3D12GPUResourceManager* LxD3D12GPUResourceManager::GetD3D12Ptr()

@@ -30,7 +30,8 @@ public:
     static const unsigned long long kDefaultUploadHeapSize = 32ull * 1024 * 1024;
     static const unsigned kDefaultDescriptorsPerHeap = 4096;
 
-    // Makes GetPtr() create this class.
+    // Makes GetPtr() create this class, and tells the render manager how to find the Direct3D 12 resource of the
+    // buffers made here.
     static void RegisterCreateFunction();
     // The singleton when it is this class (null otherwise, and when there is none).
     static LxD3D12GPUResourceManager* GetD3D12Ptr();
