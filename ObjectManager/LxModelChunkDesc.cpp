@@ -141,7 +141,7 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
 {
     const LxString& keyword = tokens[0];
     const unsigned int n = tokens.GetCount();
-    if (keyword == "PrimType")
+    if (LxTextIs(keyword, "PrimType"))
     {
         if (n < 2)
         {
@@ -149,14 +149,14 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
             return false;
         }
         LxRenderManager::PrimType type;
-        if (!LxRenderManager::PrimTypeFromString(tokens[1], &type))
+        if (LxHasZeroByte(tokens[1]) || !LxRenderManager::PrimTypeFromString(tokens[1], &type))
         {
             LX_ERROR("Unrecognized primitive type: %s", tokens[1].c_str());
             return false;
         }
         m_primType = type;
     }
-    else if (keyword == "Effect")
+    else if (LxTextIs(keyword, "Effect"))
     {
         if (n < 2)
         {
@@ -165,7 +165,7 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
         }
         m_effectFile = tokens[1];
     }
-    else if (keyword == "Technique")
+    else if (LxTextIs(keyword, "Technique"))
     {
         if (n < 2)
         {
@@ -174,21 +174,21 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
         }
         m_technique = tokens[1];
     }
-    else if (keyword == "IB")
+    else if (LxTextIs(keyword, "IB"))
     {
         if (n < 2)
         {
             LX_ERROR("Missing index buffer name in IB line.");
             return false;
         }
-        if (tokens[1] == "NONINDEXED")
+        if (LxTextIs(tokens[1], "NONINDEXED"))
             SetNonIndexed();
         else
             SetIBName(tokens[1]);
     }
-    else if (keyword == "IBRange" || keyword == "VBRange")
+    else if (LxTextIs(keyword, "IBRange") || LxTextIs(keyword, "VBRange"))
     {
-        const bool index = keyword == "IBRange";
+        const bool index = LxTextIs(keyword, "IBRange");
         if (n < 3)
         {
             LX_ERROR(index ? "Missing tokens for IBRange line." : "Missing tokens for VBRange line.");
@@ -205,9 +205,9 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
         else
             SetVertexRange(min, max);
     }
-    else if (keyword == "Stream" || keyword == "Texture")
+    else if (LxTextIs(keyword, "Stream") || LxTextIs(keyword, "Texture"))
     {
-        const bool stream = keyword == "Stream";
+        const bool stream = LxTextIs(keyword, "Stream");
         if (n < 3)
         {
             LX_ERROR(stream ? "Missing tokens for Stream line." : "Missing tokens for Texture line.");
@@ -218,7 +218,7 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
         else
             AddTexMapping(tokens[1], tokens[2]);
     }
-    else if (keyword == "BONEMAP")
+    else if (LxTextIs(keyword, "BONEMAP"))
     {
         if (n < 2)
         {
@@ -239,7 +239,7 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
         }
         m_boneMap = static_cast<LxArray<int>&&>(boneMap);
     }
-    else if (keyword == "VisibilityCurve")
+    else if (LxTextIs(keyword, "VisibilityCurve"))
     {
         if (n < 2)
         {
@@ -248,14 +248,14 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
         }
         m_visibilityCurve = tokens[1];
     }
-    else if (keyword == "PARAM")
+    else if (LxTextIs(keyword, "PARAM"))
     {
         std::unique_ptr<LxParameterSetting> setting(LxParameterSetting::Parse(tokens));
         if (!setting)
             return false;
         AddParameterSetting(*setting);
     }
-    else if (keyword == "SUBCHUNKS")
+    else if (LxTextIs(keyword, "SUBCHUNKS"))
     {
         unsigned int count = 0;
         if (n < 2 || !LxParseUInt32(tokens[1], &count))
@@ -276,7 +276,7 @@ bool LxModelChunkDesc::ParseLine(const LxArray<LxString>& tokens, const LxArchiv
 bool LxModelChunkDesc::ParseLines(const LxList<LxString>& lines, const LxArchive& archive,
                                   LxArray<LxModelChunkDesc*>& out)
 {
-    if (lines.IsEmpty() || lines.GetFirst() != kChunkHeader)
+    if (lines.IsEmpty() || !LxTextIs(lines.GetFirst(), kChunkHeader))
     {
         LX_ERROR("Unsupported chunk description version.");
         return false;
@@ -297,7 +297,7 @@ bool LxModelChunkDesc::ParseLines(const LxList<LxString>& lines, const LxArchive
         LxSplitTokens(line, tokens);
         if (tokens.IsEmpty())
             continue;
-        if (tokens[0] == "CHUNK")
+        if (LxTextIs(tokens[0], "CHUNK"))
         {
             if (current)
             {
@@ -320,7 +320,7 @@ bool LxModelChunkDesc::ParseLines(const LxList<LxString>& lines, const LxArchive
             ok = false;
             continue;
         }
-        if (tokens[0] == "ENDCHUNK")
+        if (LxTextIs(tokens[0], "ENDCHUNK"))
         {
             chunks.Add(std::move(current));
             continue;
@@ -413,7 +413,7 @@ bool LxModelChunkDesc::ReadSubChunks(const LxArchive& archive, unsigned int coun
 
 bool LxModelChunkDesc::ParseSubChunkDescLines(const LxList<LxString>& lines, unsigned int count)
 {
-    if (lines.IsEmpty() || lines.GetFirst() != kSubChunkDescHeader)
+    if (lines.IsEmpty() || !LxTextIs(lines.GetFirst(), kSubChunkDescHeader))
     {
         LX_ERROR("Unsupported sub-chunk description version.");
         return false;
@@ -430,7 +430,7 @@ bool LxModelChunkDesc::ParseSubChunkDescLines(const LxList<LxString>& lines, uns
         LxSplitTokens(line, tokens);
         if (tokens.IsEmpty())
             continue;
-        if (tokens[0] != "SUBCHUNK")
+        if (!LxTextIs(tokens[0], "SUBCHUNK"))
         {
             LX_ERROR("Error parsing subchunk description file.  You probably need a new engine build!");
             return false;
@@ -466,7 +466,7 @@ bool LxModelChunkDesc::ParseSubChunkTreeLines(const LxList<LxString>& lines, con
 {
     LxList<LxString>::const_iterator line = lines.begin();
     const LxList<LxString>::const_iterator end = lines.end();
-    if (line == end || *line != kSubChunkTreeHeader)
+    if (line == end || !LxTextIs(*line, kSubChunkTreeHeader))
     {
         LX_ERROR("Error reading subchunk trees from tree file: '%s'", fileName.c_str());
         return false;
@@ -476,7 +476,7 @@ bool LxModelChunkDesc::ParseSubChunkTreeLines(const LxList<LxString>& lines, con
     unsigned int count = 0;
     if (line != end)
         LxSplitTokens(*line, tokens);
-    if (tokens.GetCount() != 2 || tokens[0] != "TREES" || !LxParseUInt32(tokens[1], &count))
+    if (tokens.GetCount() != 2 || !LxTextIs(tokens[0], "TREES") || !LxParseUInt32(tokens[1], &count))
     {
         LX_ERROR("Syntax error on 'TREES' line in subchunk description file!");
         return false;

@@ -6,6 +6,7 @@
 #include "ObjectManager/LxModelADB.h"
 #include "ObjectManager/LxModelDataManifestEntry.h"
 #include "ObjectManager/LxModelIB.h"
+#include "ObjectManager/LxModelTextParse.h"
 #include "ObjectManager/LxModelTexture.h"
 #include "ObjectManager/LxModelVB.h"
 
@@ -25,7 +26,7 @@ bool IsSafeFileName(const LxString& name)
     LxArray<LxString> parts;
     n.Split("/", parts, true);
     for (const LxString& part : parts)
-        if (part == "..")
+        if (LxTextIs(part, ".."))
             return false;
     return true;
 }
@@ -57,7 +58,7 @@ LxModelDataManifest* LxModelDataManifest::ExtractFromArchive(const LxArchive& ar
 
 LxModelDataManifest* LxModelDataManifest::ParseLines(const LxList<LxString>& lines)
 {
-    if (lines.IsEmpty() || lines.GetFirst() != kManifestHeader)
+    if (lines.IsEmpty() || !LxTextIs(lines.GetFirst(), kManifestHeader))
     {
         LX_ERROR("Unsupported manifest file version.");
         return nullptr;
@@ -85,13 +86,13 @@ LxModelDataManifest* LxModelDataManifest::ParseLines(const LxList<LxString>& lin
             return nullptr;
         }
         LxModelDataType type;
-        if (tokens[0] == "VB")
+        if (LxTextIs(tokens[0], "VB"))
             type = LX_MODEL_DATA_VB;
-        else if (tokens[0] == "IB")
+        else if (LxTextIs(tokens[0], "IB"))
             type = LX_MODEL_DATA_IB;
-        else if (tokens[0] == "ADB")
+        else if (LxTextIs(tokens[0], "ADB"))
             type = LX_MODEL_DATA_ADB;
-        else if (tokens[0] == "TEX")
+        else if (LxTextIs(tokens[0], "TEX"))
             type = LX_MODEL_DATA_TEX;
         else
         {
@@ -114,9 +115,9 @@ LxModelDataManifest* LxModelDataManifest::ParseLines(const LxList<LxString>& lin
             entry->SetUsage(tokens[4]);
             if (tokens.GetCount() >= 6)
             {
-                if (tokens[5] == "TEXT")
+                if (LxTextIs(tokens[5], "TEXT"))
                     entry->SetStorageFormat(LxModelADB::STORAGE_TEXT);
-                else if (tokens[5] != "BINARY")
+                else if (!LxTextIs(tokens[5], "BINARY"))
                 {
                     LX_ERROR("Unkown ADB parameter: %s", tokens[5].c_str());
                     return nullptr;

@@ -3,6 +3,7 @@
 #include "Common/LxArchive.h"
 #include "Common/LxFile.h"
 #include "Common/LxLogManager.h"
+#include "ObjectManager/LxModelTextParse.h"
 
 #include <memory>
 
@@ -31,7 +32,7 @@ LxModelDataMetaFile* LxModelDataMetaFile::ExtractFromArchive(const LxArchive& ar
 
 LxModelDataMetaFile* LxModelDataMetaFile::ParseLines(const LxList<LxString>& lines)
 {
-    if (lines.IsEmpty() || lines.GetFirst() != kMetaHeader)
+    if (lines.IsEmpty() || !LxTextIs(lines.GetFirst(), kMetaHeader))
     {
         LX_ERROR("Unsupported metafile version.");
         return nullptr;

@@ -3,6 +3,18 @@
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
+#include <cstring>
+
+bool LxTextIs(const LxString& text, const char* literal)
+{
+    const size_t n = std::strlen(literal);
+    return text.GetLength() == n && std::memcmp(text.c_str(), literal, n) == 0;
+}
+
+bool LxHasZeroByte(const LxString& text)
+{
+    return std::memchr(text.c_str(), 0, text.GetLength()) != nullptr;
+}
 
 void LxSplitTokens(const LxString& line, LxArray<LxString>& tokens)
 {
@@ -11,12 +23,12 @@ void LxSplitTokens(const LxString& line, LxArray<LxString>& tokens)
 
 namespace
 {
-bool ParseDigits(const char* p, unsigned long long limit, unsigned long long* out)
+bool ParseDigits(const char* p, const char* end, unsigned long long limit, unsigned long long* out)
 {
-    if (!*p)
+    if (p == end)
         return false;
     unsigned long long value = 0;
-    for (; *p; ++p)
+    for (; p != end; ++p)
     {
         if (*p < '0' || *p > '9')
             return false;
@@ -32,7 +44,7 @@ bool ParseDigits(const char* p, unsigned long long limit, unsigned long long* ou
 bool LxParseUInt32(const LxString& text, unsigned int* out)
 {
     unsigned long long value = 0;
-    if (!ParseDigits(text.c_str(), 0xFFFFFFFFull, &value))
+    if (!ParseDigits(text.c_str(), text.c_str() + text.GetLength(), 0xFFFFFFFFull, &value))
         return false;
     *out = static_cast<unsigned int>(value);
     return true;
@@ -42,7 +54,8 @@ bool LxParseInt32(const LxString& text, int* out)
 {
     const bool negative = text.GetLength() && text[0] == '-';
     unsigned long long value = 0;
-    if (!ParseDigits(text.c_str() + (negative ? 1 : 0), negative ? 0x80000000ull : 0x7FFFFFFFull, &value))
+    if (!ParseDigits(text.c_str() + (negative ? 1 : 0), text.c_str() + text.GetLength(),
+                     negative ? 0x80000000ull : 0x7FFFFFFFull, &value))
         return false;
     *out = negative ? static_cast<int>(-static_cast<long long>(value)) : static_cast<int>(value);
     return true;

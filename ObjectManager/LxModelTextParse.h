@@ -5,6 +5,11 @@
 #include "Common/LxArray.h"
 #include "Common/LxString.h"
 
+// Exact comparison with a literal, lengths first. Text read from a file may hold zero bytes, which a plain
+// comparison with a C string would take for the literal's end.
+bool LxTextIs(const LxString& text, const char* literal);
+// True when the text holds a zero byte (never part of a valid token).
+bool LxHasZeroByte(const LxString& text);
 // The blank-separated tokens of a line (runs of blanks give no empty tokens), appended to `tokens`.
 void LxSplitTokens(const LxString& line, LxArray<LxString>& tokens);
 // Decimal digits only, at most 0xFFFFFFFF.

@@ -84,7 +84,7 @@ LxParameterSetting* LxParameterSetting::Parse(const LxArray<LxString>& tokens)
         return nullptr;
     }
     LxEffectParameter::DataType type;
-    if (!LxEffectParameter::DataTypeFromString(tokens[1], &type))
+    if (LxHasZeroByte(tokens[1]) || !LxEffectParameter::DataTypeFromString(tokens[1], &type))
     {
         LX_ERROR("Unknown parameter data type: %s", tokens[1].c_str());
         return nullptr;
@@ -102,9 +102,9 @@ LxParameterSetting* LxParameterSetting::Parse(const LxArray<LxString>& tokens)
         LX_ERROR("Missing tokens in parameter declaration.");
         return nullptr;
     }
-    if (tokens[4] == "EFFECT_DEFAULT_VALUE" || tokens[4] == "Animation")
+    if (LxTextIs(tokens[4], "EFFECT_DEFAULT_VALUE") || LxTextIs(tokens[4], "Animation"))
     {
-        const bool animated = tokens[4] == "Animation";
+        const bool animated = LxTextIs(tokens[4], "Animation");
         const unsigned int wanted = animated ? 2u : 1u;
         if (given < wanted)
         {
@@ -151,10 +151,10 @@ LxParameterSetting* LxParameterSetting::Parse(const LxArray<LxString>& tokens)
             ok = LxParseInt32(tokens[i], &v);
             word = static_cast<unsigned int>(v);
         }
-        else if (tokens[i] == "true")
+        else if (LxTextIs(tokens[i], "true"))
             word = 1;
         else
-            ok = tokens[i] == "false";
+            ok = LxTextIs(tokens[i], "false");
         if (!ok)
         {
             LX_ERROR("Syntax error in parameter declaration line.");

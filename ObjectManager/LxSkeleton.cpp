@@ -112,8 +112,8 @@ LxSkeleton* LxSkeleton::CreateFromFile(LxFile& file)
         LX_ERROR("Not enough lines in Skeleton file!");
         return nullptr;
     }
-    const bool v1 = lines[0] == kHeaderV1;
-    if (!v1 && lines[0] != kHeaderV2)
+    const bool v1 = LxTextIs(lines[0], kHeaderV1);
+    if (!v1 && !LxTextIs(lines[0], kHeaderV2))
     {
         LX_ERROR("Unsupported skeleton file version!  You may need to re-build Lumex.");
         return nullptr;

@@ -63,7 +63,7 @@ void LxSubChunkTree::AppendText(LxString& text) const
 bool LxSubChunkTree::Parse(LxList<LxString>::const_iterator& line, const LxList<LxString>::const_iterator& end,
                            LxSubChunkTree* out)
 {
-    if (line == end || *line != kTreeDescHeader)
+    if (line == end || !LxTextIs(*line, kTreeDescHeader))
         return false;
     ++line;
     LxArray<LxString> tokens;
@@ -71,7 +71,7 @@ bool LxSubChunkTree::Parse(LxList<LxString>::const_iterator& line, const LxList<
         return false;
     LxSplitTokens(*line, tokens);
     LxSubChunkTree tree;
-    if (tokens.GetCount() != 5 || tokens[0] != "RANGES" || !LxParseUInt32(tokens[1], &tree.indexMin) ||
+    if (tokens.GetCount() != 5 || !LxTextIs(tokens[0], "RANGES") || !LxParseUInt32(tokens[1], &tree.indexMin) ||
         !LxParseUInt32(tokens[2], &tree.indexMax) || !LxParseUInt32(tokens[3], &tree.vertexMin) ||
         !LxParseUInt32(tokens[4], &tree.vertexMax))
         return false;
@@ -88,7 +88,7 @@ bool LxSubChunkTree::Parse(LxList<LxString>::const_iterator& line, const LxList<
         tokens.Clear();
         LxSplitTokens(*line, tokens);
         LxSubChunkTreeNode node;
-        if (tokens.GetCount() != 11 || tokens[0] != "NODE" || !LxParseUInt32(tokens[1], &node.firstSubChunk) ||
+        if (tokens.GetCount() != 11 || !LxTextIs(tokens[0], "NODE") || !LxParseUInt32(tokens[1], &node.firstSubChunk) ||
             !LxParseUInt32(tokens[2], &node.subChunkCount) || !LxParseInt32(tokens[3], &node.left) ||
             !LxParseInt32(tokens[4], &node.right))
             return false;

@@ -870,3 +870,16 @@ TEST(ModelSave, WriteFailures)
                      "Failed to open file: skeleton.txt in archive: " + dir + "/model/"}),
               log.Errors());
 }
+
+TEST(ModelChunks, ZeroBytesNeverMatchWords)
+{
+    Messages log;
+    EXPECT_FALSE(ReadManifest(std::string("[LxModelData Manifest v1]\0x", 27)));
+    EXPECT_FALSE(
+        ReadChunks({{"chunkinfo.txt", kChunkHeader + kBlockStart + std::string("PrimType POINT_LIST\0!\n", 22) +
+                                          std::string("PARAM Float\0! 1 f 1\nIBRange 1 2\0\n", 33)}})
+            .ok);
+    EXPECT_EQ((Lines{"Unsupported manifest file version.", "Unrecognized primitive type: POINT_LIST",
+                     "Unknown parameter data type: Float", "Syntax error"}),
+              log.Errors());
+}
