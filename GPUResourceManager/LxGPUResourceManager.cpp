@@ -180,6 +180,17 @@ bool LxGPUResourceManager::ValidateTexture(const char* who, unsigned width, unsi
     return true;
 }
 
+bool LxGPUResourceManager::CheckBufferSize(const char* who, unsigned elementSize, unsigned elementCount)
+{
+    // Sizes are 32-bit: a product past 4 GB would wrap into a small buffer that the caller then overruns.
+    if (static_cast<unsigned long long>(elementSize) * elementCount > 0xFFFFFFFFull)
+    {
+        LX_ERROR("%s.  %u elements of %u bytes make more than 4 GB.", who, elementCount, elementSize);
+        return false;
+    }
+    return true;
+}
+
 // --- creation ----------------------------------------------------------------------------------------------------
 
 LxCountedPtr<LxGPUVertexBuffer> LxGPUResourceManager::CreateResourceVertex(LxGPUResource::Behavior behavior,
@@ -196,6 +207,10 @@ LxCountedPtr<LxGPUVertexBuffer> LxGPUResourceManager::CreateResourceVertex(LxGPU
     {
         LX_ERROR("LxGPUResourceManager::CreateResourceVertex.  A vertex buffer needs a vertex size and a vertex "
                  "count.");
+        return nullptr;
+    }
+    if (!CheckBufferSize("LxGPUResourceManager::CreateResourceVertex", vertexSize, vertexCount))
+    {
         return nullptr;
     }
     return Register(APICreateResourceVertex(behavior, vertexSize, vertexCount, initialData, bindFlags, cpuAccessFlags),
@@ -217,6 +232,10 @@ LxCountedPtr<LxGPUIndexBuffer> LxGPUResourceManager::CreateResourceIndex(LxGPURe
         LX_ERROR("LxGPUResourceManager::CreateResourceIndex.  Indices are 2 or 4 bytes (asked for %u) and an index "
                  "buffer needs at least one.",
                  indexSize);
+        return nullptr;
+    }
+    if (!CheckBufferSize("LxGPUResourceManager::CreateResourceIndex", indexSize, indexCount))
+    {
         return nullptr;
     }
     return Register(APICreateResourceIndex(behavior, indexSize, indexCount, initialData, bindFlags, cpuAccessFlags),
@@ -257,6 +276,10 @@ LxGPUResourceManager::CreateStructuredBuffer(unsigned structSize, unsigned struc
                  "structure count.");
         return nullptr;
     }
+    if (!CheckBufferSize("LxGPUResourceManager::CreateStructuredBuffer", structSize, structCount))
+    {
+        return nullptr;
+    }
     return Register(APICreateStructuredBuffer(structSize, structCount, bindFlags, initialData, miscHints), name,
                     LX_STAT_DATA_BUFFER_COUNT);
 }
@@ -274,6 +297,11 @@ LxCountedPtr<LxGPUVertexBuffer> LxGPUResourceManager::CreateRenderableVB(LxGPURe
     {
         LX_ERROR("LxGPUResourceManager::CreateRenderableVB.  A renderable vertex buffer needs an element format of "
                  "whole bytes and a vertex count.");
+        return nullptr;
+    }
+    if (!CheckBufferSize("LxGPUResourceManager::CreateRenderableVB", LxGetFormatBitsPerElement(format) / 8,
+                         vertexCount))
+    {
         return nullptr;
     }
     return Register(APICreateRenderableVB(format, vertexCount, bindFlags), name, LX_STAT_VERTEX_BUFFER_COUNT);

@@ -176,6 +176,7 @@ private:
 
     // The checks every creation call shares: a free name, then the flags.
     bool ValidateCommon(const LxString& name, unsigned bindFlags, unsigned cpuAccessFlags) const;
+    static bool CheckBufferSize(const char* who, unsigned elementSize, unsigned elementCount);
     bool ValidateTexture(const char* who, unsigned width, unsigned height, unsigned depth, unsigned depthForMips,
                          LxGPUResourceFormat format, unsigned mipCount) const;
     // Registers a new resource (null: nothing) and answers the caller's reference.

@@ -146,6 +146,10 @@ TEST(GPUResourceManager, CreationChecksRefuseWithTheirMessages)
          [](LxGPUResourceManager& m)
          { return m.CreateResourceVertex(LxGPUResource::GPU_RESOURCE_STATIC, 12, 0, nullptr) != nullptr; },
          "LxGPUResourceManager::CreateResourceVertex.  A vertex buffer needs a vertex size and a vertex count."},
+        {"vertex buffer past 4 GB",
+         [](LxGPUResourceManager& m)
+         { return m.CreateResourceVertex(LxGPUResource::GPU_RESOURCE_STATIC, 16, 0x10000001u, nullptr) != nullptr; },
+         "LxGPUResourceManager::CreateResourceVertex.  268435457 elements of 16 bytes make more than 4 GB."},
         {"three-byte indices",
          [](LxGPUResourceManager& m)
          { return m.CreateResourceIndex(LxGPUResource::GPU_RESOURCE_STATIC, 3, 6, nullptr) != nullptr; },
