@@ -282,36 +282,37 @@ bool LxRenderManager::GetTessellation() const
 
 // --- draws -----------------------------------------------------------------------------------------------------------
 
-void LxRenderManager::CountDraw(PrimType type, bool indexed, unsigned count, unsigned instanceCount)
+void LxRenderManager::CountDraw(PrimType type, bool indexed, unsigned count, unsigned instanceCount, int worker)
 {
     const unsigned n = count * instanceCount;
-    m_frameStats.IncrementValue(indexed ? LX_FRAME_STAT_INDEXED_DRAWS : LX_FRAME_STAT_NON_INDEXED_DRAWS, 1);
-    m_frameStats.IncrementValue(LX_FRAME_STAT_INSTANCES, instanceCount);
+    const unsigned w = static_cast<unsigned>(worker);
+    m_frameStats.IncrementWorkerValue(w, indexed ? LX_FRAME_STAT_INDEXED_DRAWS : LX_FRAME_STAT_NON_INDEXED_DRAWS, 1);
+    m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_INSTANCES, instanceCount);
     switch (type)
     {
     case PRIM_POINT_LIST:
-        m_frameStats.IncrementValue(LX_FRAME_STAT_POINTS, n);
+        m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_POINTS, n);
         break;
     case PRIM_LINE_LIST:
     case PRIM_LINE_LIST_ADJ:
-        m_frameStats.IncrementValue(LX_FRAME_STAT_LINES, n / 2);
+        m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_LINES, n / 2);
         break;
     case PRIM_LINE_STRIP:
     case PRIM_LINE_STRIP_ADJ:
-        m_frameStats.IncrementValue(LX_FRAME_STAT_LINES, n >= 1 ? n - 1 : 0);
+        m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_LINES, n >= 1 ? n - 1 : 0);
         break;
     case PRIM_TRIANGLE_LIST:
     case PRIM_TRIANGLE_LIST_ADJ:
-        m_frameStats.IncrementValue(LX_FRAME_STAT_TRIANGLES, n / 3);
+        m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_TRIANGLES, n / 3);
         break;
     case PRIM_TRIANGLE_STRIP:
     case PRIM_TRIANGLE_STRIP_ADJ:
-        m_frameStats.IncrementValue(LX_FRAME_STAT_TRIANGLES, n >= 2 ? n - 2 : 0);
+        m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_TRIANGLES, n >= 2 ? n - 2 : 0);
         break;
     default:
         if (type >= PRIM_PATCH_1 && type <= PRIM_PATCH_32)
         {
-            m_frameStats.IncrementValue(LX_FRAME_STAT_PATCH_CONTROL_POINTS, n);
+            m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_PATCH_CONTROL_POINTS, n);
         }
         else
         {
@@ -321,7 +322,7 @@ void LxRenderManager::CountDraw(PrimType type, bool indexed, unsigned count, uns
     }
     if (GetDrawBlocking())
     {
-        m_frameStats.IncrementValue(LX_FRAME_STAT_BLOCKED_DRAWS, 1);
+        m_frameStats.IncrementWorkerValue(w, LX_FRAME_STAT_BLOCKED_DRAWS, 1);
     }
 }
 
@@ -338,7 +339,7 @@ void LxRenderManager::DrawIndexedInstanced(PrimType type, unsigned indexCount, u
         APISetPrimitiveTopology(ConvertTopology(type, CurrentWorker().tessellation));
         APIDrawIndexedInstanced(indexCount, instanceCount, startIndex, baseVertex, startInstance);
     }
-    CountDraw(type, true, indexCount, instanceCount);
+    CountDraw(type, true, indexCount, instanceCount, GetWorkerIndex());
 }
 
 void LxRenderManager::DrawNonIndexed(PrimType type, unsigned vertexCount, unsigned startVertex)
@@ -354,7 +355,7 @@ void LxRenderManager::DrawNonIndexedInstanced(PrimType type, unsigned vertexCoun
         APISetPrimitiveTopology(ConvertTopology(type, CurrentWorker().tessellation));
         APIDrawInstanced(vertexCount, instanceCount, startVertex, 0);
     }
-    CountDraw(type, false, vertexCount, instanceCount);
+    CountDraw(type, false, vertexCount, instanceCount, GetWorkerIndex());
 }
 
 void LxRenderManager::DrawAuto(PrimType)

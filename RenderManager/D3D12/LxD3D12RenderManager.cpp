@@ -109,6 +109,7 @@ struct LxD3D12RenderManager::Impl
         ID3D12GraphicsCommandList* list = nullptr;
         LxCommandList::Type listType = LxCommandList::DIRECT;
         unsigned topology = kNoTopology;
+        unsigned primitiveKey = kNoTopology; // primitive type and tessellation flag of the last draw
         unsigned targetCount = 0;
         D3D12_CPU_DESCRIPTOR_HANDLE targets[D3D12_SIMULTANEOUS_RENDER_TARGET_COUNT] = {};
         D3D12_CPU_DESCRIPTOR_HANDLE depthStencil = {};
@@ -603,6 +604,7 @@ void LxD3D12RenderManager::SetCurrentCommandList(LxCountedPtr<LxCommandList> lis
     ws.list = list ? static_cast<LxD3D12CommandList*>(list.Get())->GetD3D12CommandList() : nullptr;
     ws.listType = list ? list->GetType() : LxCommandList::DIRECT;
     ws.topology = kNoTopology;
+    ws.primitiveKey = kNoTopology;
     if (list && !list->IsClosed() && list->GetType() == LxCommandList::DIRECT)
     {
         ApplyWorkerState(ws.list);
@@ -665,6 +667,7 @@ bool LxD3D12RenderManager::APIExecuteBundle(LxCommandList* bundle)
     list->ExecuteBundle(static_cast<LxD3D12CommandList*>(bundle)->GetD3D12CommandList());
     // What the bundle set (pipeline, topology) stays set on the calling list.
     m_pImpl->workers[GetWorkerIndex()].topology = kNoTopology;
+    m_pImpl->workers[GetWorkerIndex()].primitiveKey = kNoTopology;
     return true;
 }
 
@@ -991,7 +994,70 @@ void LxD3D12RenderManager::APISetPrimitiveTopology(unsigned topology)
     {
         ws.list->IASetPrimitiveTopology(static_cast<D3D12_PRIMITIVE_TOPOLOGY>(topology));
         ws.topology = topology;
+        ws.primitiveKey = kNoTopology;
     }
+}
+
+void LxD3D12RenderManager::Draw(bool indexed, PrimType type, unsigned count, unsigned instanceCount, unsigned start,
+                                int baseVertex, unsigned startInstance)
+{
+    // One thread-local lookup for the whole draw: on this toolchain each costs a call.
+    const int worker = GetWorkerIndex();
+    if (!GetDrawBlocking() && type < PRIM_NUM_TYPES)
+    {
+        Impl::WorkerState& ws = m_pImpl->workers[worker];
+        if (ws.list != nullptr)
+        {
+            // The same primitive type as the last draw on this list needs neither the conversion nor the call.
+            const bool tessellation = m_workers[worker].tessellation;
+            const unsigned key = unsigned(type) | (tessellation ? 0x100u : 0u);
+            if (ws.primitiveKey != key)
+            {
+                const unsigned topology = ConvertTopology(type, tessellation);
+                if (ws.topology != topology)
+                {
+                    ws.list->IASetPrimitiveTopology(static_cast<D3D12_PRIMITIVE_TOPOLOGY>(topology));
+                    ws.topology = topology;
+                }
+                ws.primitiveKey = key;
+            }
+            if (indexed)
+            {
+                ws.list->DrawIndexedInstanced(count, instanceCount, start, baseVertex, startInstance);
+            }
+            else
+            {
+                ws.list->DrawInstanced(count, instanceCount, start, startInstance);
+            }
+        }
+        else
+        {
+            LX_ERROR("LxD3D12RenderManager.  Worker %d has no current command list to record on.", worker);
+        }
+    }
+    CountDraw(type, indexed, count, instanceCount, worker);
+}
+
+void LxD3D12RenderManager::DrawIndexed(PrimType type, unsigned indexCount, unsigned startIndex, int baseVertex)
+{
+    Draw(true, type, indexCount, 1, startIndex, baseVertex, 0);
+}
+
+void LxD3D12RenderManager::DrawIndexedInstanced(PrimType type, unsigned indexCount, unsigned instanceCount,
+                                                unsigned startIndex, int baseVertex, unsigned startInstance)
+{
+    Draw(true, type, indexCount, instanceCount, startIndex, baseVertex, startInstance);
+}
+
+void LxD3D12RenderManager::DrawNonIndexed(PrimType type, unsigned vertexCount, unsigned startVertex)
+{
+    Draw(false, type, vertexCount, 1, startVertex, 0, 0);
+}
+
+void LxD3D12RenderManager::DrawNonIndexedInstanced(PrimType type, unsigned vertexCount, unsigned startVertex,
+                                                   unsigned instanceCount)
+{
+    Draw(false, type, vertexCount, instanceCount, startVertex, 0, 0);
 }
 
 void LxD3D12RenderManager::APIDrawIndexedInstanced(unsigned indexCount, unsigned instanceCount, unsigned startIndex,

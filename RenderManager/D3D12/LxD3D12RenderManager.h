@@ -141,6 +141,14 @@ public:
     void Viewport(float x, float y, float width, float height) override;
     void Scissor(unsigned x, unsigned y, unsigned width, unsigned height) override;
     void SetCurrentCommandList(LxCountedPtr<LxCommandList> list) override;
+    // The draw path in one worker lookup (the same rules as the base class: statistics always, GPU calls unless
+    // draw blocking is on, patch conversion under tessellation, a topology set only when it changes on the list).
+    void DrawIndexed(PrimType type, unsigned indexCount, unsigned startIndex, int baseVertex) override;
+    void DrawIndexedInstanced(PrimType type, unsigned indexCount, unsigned instanceCount, unsigned startIndex,
+                              int baseVertex, unsigned startInstance) override;
+    void DrawNonIndexed(PrimType type, unsigned vertexCount, unsigned startVertex) override;
+    void DrawNonIndexedInstanced(PrimType type, unsigned vertexCount, unsigned startVertex,
+                                 unsigned instanceCount) override;
     void DrawAuto(PrimType type) override;
     LxFence* CreateFence(unsigned long long initialValue) override;
     bool CreateIndirectCommandSignature() override;
@@ -201,6 +209,8 @@ private:
     // Binds the calling worker's targets, viewport, scissor and descriptor heaps on `list`.
     void ApplyWorkerState(ID3D12GraphicsCommandList* list);
     void ReleaseAll();
+    void Draw(bool indexed, PrimType type, unsigned count, unsigned instanceCount, unsigned start, int baseVertex,
+              unsigned startInstance);
 
     Impl* m_pImpl = nullptr;
     CreationDesc m_desc;

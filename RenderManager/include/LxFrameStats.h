@@ -2,8 +2,11 @@
 // manager holds one, clears it when a frame begins and adds to it on every draw, dispatch and submission; the
 // object manager reads it around each object to build its per-object report.
 //
-// Counters wrap like any unsigned 32-bit value. Increments may come from several recording threads at once (each is
-// one relaxed atomic add); reading while others add gives some value in between, exact once they are done.
+// Counters wrap like any unsigned 32-bit value. Increments may come from several recording threads at once: the
+// shared counters take one relaxed atomic add each; the draw path adds into its worker's own counters instead
+// (IncrementWorkerValue: a plain load and store, no locked instruction, because only that worker's thread writes
+// them), and a read sums the shared counters and every worker's. Reading while others add gives some value in
+// between, exact once they are done.
 #pragma once
 
 #include "Common/LxApi.h"
@@ -31,12 +34,16 @@ class LX_API LxFrameStats
 {
 public:
     LxFrameStats() { Clear(); }
+    static const unsigned kWorkers = 32;
+
     LxFrameStats(const LxFrameStats& other) { *this = other; }
+    // Copies the totals (into the shared counters).
     LxFrameStats& operator=(const LxFrameStats& other)
     {
+        Clear();
         for (unsigned i = 0; i < LX_FRAME_STAT_NUM_FIELDS; ++i)
         {
-            m_values[i].store(other.m_values[i].load(std::memory_order_relaxed), std::memory_order_relaxed);
+            m_values[i].store(other.GetValue(static_cast<LxFrameStatField>(i)), std::memory_order_relaxed);
         }
         return *this;
     }
@@ -46,6 +53,22 @@ public:
         for (std::atomic<unsigned>& v : m_values)
         {
             v.store(0, std::memory_order_relaxed);
+        }
+        for (WorkerValues& w : m_workers)
+        {
+            for (std::atomic<unsigned>& v : w.values)
+            {
+                v.store(0, std::memory_order_relaxed);
+            }
+        }
+    }
+    // For the one thread that records as `worker` (0..31); other workers are ignored.
+    void IncrementWorkerValue(unsigned worker, LxFrameStatField field, unsigned n)
+    {
+        if (field < LX_FRAME_STAT_NUM_FIELDS && worker < kWorkers)
+        {
+            std::atomic<unsigned>& v = m_workers[worker].values[field];
+            v.store(v.load(std::memory_order_relaxed) + n, std::memory_order_relaxed);
         }
     }
     // Fields outside the enumeration are ignored (reads answer 0).
@@ -58,9 +81,24 @@ public:
     }
     unsigned GetValue(LxFrameStatField field) const
     {
-        return field < LX_FRAME_STAT_NUM_FIELDS ? m_values[field].load(std::memory_order_relaxed) : 0u;
+        if (field >= LX_FRAME_STAT_NUM_FIELDS)
+        {
+            return 0u;
+        }
+        unsigned sum = m_values[field].load(std::memory_order_relaxed);
+        for (const WorkerValues& w : m_workers)
+        {
+            sum += w.values[field].load(std::memory_order_relaxed);
+        }
+        return sum;
     }
 
 private:
+    // One cache line per worker, so workers never write a line another worker writes.
+    struct alignas(64) WorkerValues
+    {
+        std::atomic<unsigned> values[LX_FRAME_STAT_NUM_FIELDS];
+    };
     std::atomic<unsigned> m_values[LX_FRAME_STAT_NUM_FIELDS];
+    WorkerValues m_workers[kWorkers];
 };

@@ -211,7 +211,8 @@ protected:
     virtual LxCommandQueue* APICreateCommandQueue(LxCommandList::Type type);
 
     // Statistics of one draw of n = count x instances elements; logs "Unknown primitive type??" for other types.
-    void CountDraw(PrimType type, bool indexed, unsigned count, unsigned instanceCount);
+    // Added to the calling worker's own counters (`worker`, its index).
+    void CountDraw(PrimType type, bool indexed, unsigned count, unsigned instanceCount, int worker);
     static void ReportNotImplemented(const char* operation);
 
     struct Worker
