@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace
@@ -424,6 +426,23 @@ TEST(Win32WindowCreation, DefaultsFullScreenAndRefusals)
         EXPECT_FALSE(style & WS_CAPTION);
         // The screen saver and monitor power-off are swallowed in full screen.
         EXPECT_EQ(SendMessageA(wm.GetWindowHandle(), WM_SYSCOMMAND, SC_SCREENSAVE, 0), 0);
+        // Activation in full screen frees a blocked mouse.
+        wm.BlockMouseMovement(true);
+        SendMessageA(wm.GetWindowHandle(), WM_ACTIVATE, WA_CLICKACTIVE, 0);
+        EXPECT_FALSE(wm.IsMouseMovementBlocked());
+    }
+    {
+        // Windowed, activation leaves the block alone.
+        TestWin32WindowManager wm;
+        LxDisplaySettings s;
+        s.width = 200;
+        s.borderless = true;
+        ASSERT_TRUE(wm.CreateMainWindow(s));
+        EXPECT_EQ(wm.GetClientHeight(), 150u); // from the 4:3 aspect ratio
+        EXPECT_TRUE(GetWindowLongA(wm.GetWindowHandle(), GWL_STYLE) & WS_POPUP);
+        wm.BlockMouseMovement(true);
+        SendMessageA(wm.GetWindowHandle(), WM_ACTIVATE, WA_ACTIVE, 0);
+        EXPECT_TRUE(wm.IsMouseMovementBlocked());
     }
     {
         LxTest::LogCapture log;
@@ -435,5 +454,62 @@ TEST(Win32WindowCreation, DefaultsFullScreenAndRefusals)
         EXPECT_TRUE(log.Contains("Window creation failed. Resolution requested was 0 x 100.\n", LX_LOG_ERROR));
         EXPECT_EQ(wm.GetWindowHandle(), nullptr);
     }
+}
+
+// Finds the message box with `caption` on another thread, reads its text and presses OK.
+class MessageBoxCloser
+{
+public:
+    explicit MessageBoxCloser(const char* caption) : m_caption(caption), m_thread(&MessageBoxCloser::Run, this) {}
+    ~MessageBoxCloser() { m_thread.join(); }
+    std::atomic<bool> found{false};
+    std::string text;
+
+private:
+    void Run()
+    {
+        for (int i = 0; i < 500 && !found; ++i)
+        {
+            HWND box = FindWindowA("#32770", m_caption.c_str());
+            if (box == nullptr)
+            {
+                Sleep(20);
+                continue;
+            }
+            char buffer[256] = {};
+            GetDlgItemTextA(box, 0xFFFF, buffer, sizeof(buffer)); // the box's text control
+            text = buffer;
+            found = true;
+            PostMessageA(box, WM_COMMAND, IDOK, 0);
+        }
+    }
+
+    std::string m_caption;
+    std::thread m_thread; // last: starts once the members it reads exist
+};
+
+TEST(Win32WindowCreation, MessageBoxShowsCaptionAndTextWindowedAndFullScreen)
+{
+    TestWin32WindowManager windowed;
+    LxDisplaySettings s;
+    s.width = 160;
+    s.height = 120;
+    ASSERT_TRUE(windowed.CreateMainWindow(s));
+    {
+        MessageBoxCloser closer("Lumex message box test");
+        windowed.ShowMessageBox("Lumex message box test", "Something to read");
+        EXPECT_TRUE(closer.found);
+        EXPECT_EQ(closer.text, "Something to read");
+    }
+
+    TestWin32WindowManager full;
+    s.fullScreen = true;
+    ASSERT_TRUE(full.CreateMainWindow(s));
+    // (Where the window lands in the z-order is not checked: Wine without a window manager keeps the active
+    // full-screen window on top even after HWND_BOTTOM.)
+    MessageBoxCloser closer("Lumex full-screen box");
+    full.ShowMessageBox("Lumex full-screen box", "Seen above the full-screen window");
+    EXPECT_TRUE(closer.found);
+    EXPECT_EQ(closer.text, "Seen above the full-screen window");
 }
 } // namespace
