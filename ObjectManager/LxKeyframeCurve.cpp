@@ -226,9 +226,11 @@ bool LxKeyframeCurve::HasCutInTimeInterval(float t0, float t1) const
 
 bool LxKeyframeCurve::Equals(const LxCountedPtr<LxAnimationCurve>& other) const
 {
-    if (!other || other->GetCurveClass() != CLASS_KEYFRAME)
+    // dynamic_cast, not the class tag: a foreign curve may claim any class.
+    const LxKeyframeCurve* keyframes = dynamic_cast<const LxKeyframeCurve*>(other.Get());
+    if (!keyframes)
         return false;
-    const LxKeyframeCurve& o = static_cast<const LxKeyframeCurve&>(*other);
+    const LxKeyframeCurve& o = *keyframes;
     if (o.m_eType != m_eType || o.m_eMode != m_eMode || o.m_keys.GetCount() != m_keys.GetCount())
         return false;
     const unsigned int size = GetValueSize();

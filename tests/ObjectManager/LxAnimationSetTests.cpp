@@ -373,6 +373,7 @@ TEST(LxAnimationUtils, MismatchesAreRefusedBeforeAnythingChanges)
                "Concatenation is only supported for keyframe curves", "Extension is only supported for keyframe curves",
                "LxExtendAnimationCurve.  Only a curve with keys can be extended, and only by a time >= 0."}));
     EXPECT_EQ(static_cast<const LxKeyframeCurve&>(*floats).GetNumKeys(), 2u);
+    EXPECT_FALSE(floats->Equals(sameClass));
 
     LxAnimationSet a, b;
     a.AddCurve("x", floats);
