@@ -10,7 +10,7 @@ bool ParseKeywordCount(const LxString& line, const char* keyword, unsigned int* 
 {
     LxArray<LxString> tokens;
     LxSplitTokens(line, tokens);
-    return tokens.GetCount() == 2 && tokens[0] == keyword && LxParseUInt32(tokens[1], out);
+    return tokens.GetCount() == 2 && LxTextIs(tokens[0], keyword) && LxParseUInt32(tokens[1], out);
 }
 } // namespace
 
