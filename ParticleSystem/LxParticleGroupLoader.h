@@ -11,8 +11,9 @@
 //   Error reading texture remapping data from "<file>", Can't find referenced texture "<file>" in archive
 //   "<archive>", Could not create texture for particle system "<system>": <file>, and after any texture failure
 //   Error loading textures from "<archive>".
-// Every failure returns null and frees what was built; the caller owns the group returned. Stateless: separate
-// calls may run on separate threads with separate builders.
+// The builder is reset before the text is parsed (its animation set stays). Every failure returns null and frees
+// what was built; the caller owns the group returned. Stateless: separate calls may run on separate threads with
+// separate builders.
 #pragma once
 
 #include "Common/LxApi.h"
