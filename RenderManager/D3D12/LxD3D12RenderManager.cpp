@@ -89,6 +89,12 @@ D3D12_RESOURCE_BARRIER Transition(ID3D12Resource* resource, D3D12_RESOURCE_STATE
     return barrier;
 }
 
+// The Win32 thread-local slot of the worker index; every thread starts with 0 (worker 0) in it.
+const DWORD g_workerSlot = TlsAlloc();
+// Slots below 64 sit in the thread environment block itself (TlsSlots, at 0x1480 on x64): read with one load.
+const DWORD kTebSlots = 64;
+const unsigned kTebTlsSlotsOffset = 0x1480;
+
 LxRenderManager* CreateD3D12RenderManager()
 {
     return new LxD3D12RenderManager();
@@ -998,11 +1004,35 @@ void LxD3D12RenderManager::APISetPrimitiveTopology(unsigned topology)
     }
 }
 
+void LxD3D12RenderManager::SetWorkerIndex(int index)
+{
+    LxRenderManager::SetWorkerIndex(index);
+    if (index >= 0 && index < static_cast<int>(kMaxWorkers) && g_workerSlot != TLS_OUT_OF_INDEXES)
+    {
+        TlsSetValue(g_workerSlot, reinterpret_cast<void*>(static_cast<intptr_t>(index)));
+    }
+}
+
+int LxD3D12RenderManager::FastWorkerIndex() const
+{
+    if (g_workerSlot < kTebSlots)
+    {
+        // gs points at the thread environment block (a plain asm load: the header's __readgsqword trips g++ 12's
+        // array-bounds check).
+        unsigned long long value;
+        const unsigned long long offset = kTebTlsSlotsOffset + g_workerSlot * sizeof(void*);
+        __asm__("movq %%gs:(%1), %0" : "=r"(value) : "r"(offset));
+        return static_cast<int>(value);
+    }
+    return g_workerSlot == TLS_OUT_OF_INDEXES ? GetWorkerIndex()
+                                              : static_cast<int>(reinterpret_cast<intptr_t>(TlsGetValue(g_workerSlot)));
+}
+
 void LxD3D12RenderManager::Draw(bool indexed, PrimType type, unsigned count, unsigned instanceCount, unsigned start,
                                 int baseVertex, unsigned startInstance)
 {
-    // One thread-local lookup for the whole draw: on this toolchain each costs a call.
-    const int worker = GetWorkerIndex();
+    // One thread-local lookup for the whole draw.
+    const int worker = FastWorkerIndex();
     if (!GetDrawBlocking() && type < PRIM_NUM_TYPES)
     {
         Impl::WorkerState& ws = m_pImpl->workers[worker];

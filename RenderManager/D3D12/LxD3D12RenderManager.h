@@ -150,6 +150,8 @@ public:
     void DrawNonIndexedInstanced(PrimType type, unsigned vertexCount, unsigned startVertex,
                                  unsigned instanceCount) override;
     void DrawAuto(PrimType type) override;
+    // Also keeps the index in a Win32 thread-local slot, which the draw path reads without a call.
+    void SetWorkerIndex(int index) override;
     LxFence* CreateFence(unsigned long long initialValue) override;
     bool CreateIndirectCommandSignature() override;
     void DrawInstancedIndirect(PrimType type, LxGPUBuffer* args, unsigned offset) override;
@@ -209,6 +211,8 @@ private:
     // Binds the calling worker's targets, viewport, scissor and descriptor heaps on `list`.
     void ApplyWorkerState(ID3D12GraphicsCommandList* list);
     void ReleaseAll();
+    // The calling thread's worker index from the Win32 slot (the toolchain's thread_local costs a call).
+    int FastWorkerIndex() const;
     void Draw(bool indexed, PrimType type, unsigned count, unsigned instanceCount, unsigned start, int baseVertex,
               unsigned startInstance);
 

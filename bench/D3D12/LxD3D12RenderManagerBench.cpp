@@ -429,6 +429,7 @@ int main(int argc, char** argv)
                 *std::min_element(rmDraw.begin(), rmDraw.end()) /
                     *std::min_element(rawDrawOnly.begin(), rawDrawOnly.end()));
 
+    std::fflush(stdout);
     rawList.Reset();
     rawAllocator.Reset();
     setup = DrawSetup();
