@@ -4,8 +4,12 @@
 #include "EffectManager/LxEffectManager.h"
 #include "EffectManager/LxEffectReloadListener.h"
 #include "EffectManager/LxResourceDimUpdateHandler.h"
+#include "EffectManager/LxStreamBinder.h"
+#include "EffectManager/LxStreamBinderFactory.h"
 #include "EffectManager/LxTextureSlotBinder.h"
 #include "EffectManager/LxTextureSlotBinderFactory.h"
+#include "EffectManager/LxUAVSlotBinder.h"
+#include "EffectManager/LxUAVSlotBinderFactory.h"
 #include "EffectManager/LxUpdateHandlerFactory.h"
 #include "GPUResourceManager/LxGPUBuffer.h"
 #include "GPUResourceManager/LxGPUTexture2DArray.h"
@@ -622,4 +626,55 @@ TEST_F(LxEffectManagerTest, BindRTSlotsGetBindersFromTheirFactory)
     EXPECT_TRUE(capture.Contains("Second texture binder factory defined for binder type: Shadow"));
     EXPECT_TRUE(m_manager->DeregisterTextureSlotBinderFactory("Shadow"));
     EXPECT_EQ(nullptr, m_manager->GetTextureSlotBinderFactory("Shadow"));
+}
+
+namespace
+{
+class StreamFactory : public LxStreamBinderFactory
+{
+public:
+    LxStreamBinder* CreateBinder(LxEffect&, LxVertexStreamDecl& stream) override
+    {
+        made.push_back(stream.GetName().c_str());
+        return new LxStreamBinder();
+    }
+    std::vector<std::string> made;
+};
+class UAVFactory : public LxUAVSlotBinderFactory
+{
+public:
+    LxUAVSlotBinder* CreateBinder(LxEffect&, LxUAVSlot& slot) override
+    {
+        made.push_back(slot.GetName().c_str());
+        return new LxUAVSlotBinder();
+    }
+    std::vector<std::string> made;
+};
+} // namespace
+
+TEST_F(LxEffectManagerTest, StreamAndUAVBindersComeFromTheirRegistries)
+{
+    LoadDefault();
+    StreamFactory streams, otherStreams;
+    UAVFactory uavs, otherUAVs;
+    ASSERT_TRUE(m_manager->RegisterStreamBinderFactory("Particles", &streams));
+    ASSERT_TRUE(m_manager->RegisterUAVSlotBinderFactory("Particles", &uavs));
+    LxTest::LogCapture capture;
+    EXPECT_FALSE(m_manager->RegisterStreamBinderFactory("Particles", &otherStreams));
+    EXPECT_TRUE(capture.Contains("Second stream binder factory defined for binder type: Particles", LX_LOG_ERROR));
+    EXPECT_FALSE(m_manager->RegisterUAVSlotBinderFactory("Particles", &otherUAVs));
+    EXPECT_TRUE(capture.Contains("Second UAV binder factory defined for binder type: Particles", LX_LOG_ERROR));
+    EXPECT_FALSE(m_manager->RegisterStreamBinderFactory("Null", nullptr));
+
+    Write("p.fx", "Stream Points < BindStream = \"Particles\" > { float3 POSITION }\n"
+                  "RWStructuredBuffer uState < BindUAV = \"Particles\" >\n" +
+                      Effect(1));
+    LxCountedPtr<LxEffect> p = m_manager->LoadEffect("p.fx");
+    ASSERT_TRUE(p) << capture.All();
+    EXPECT_EQ((std::vector<std::string>{"Points"}), streams.made);
+    EXPECT_EQ((std::vector<std::string>{"uState"}), uavs.made);
+    EXPECT_EQ(&streams, m_manager->GetStreamBinderFactory("Particles"));
+    EXPECT_TRUE(m_manager->DeregisterUAVSlotBinderFactory("Particles"));
+    EXPECT_EQ(nullptr, m_manager->GetUAVSlotBinderFactory("Particles"));
+    EXPECT_TRUE(m_manager->DeregisterStreamBinderFactory("Particles"));
 }
