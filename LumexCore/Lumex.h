@@ -117,6 +117,15 @@
 #include "RenderManager/include/LxFrameStats.h"
 #include "RenderManager/include/LxRenderManager.h"
 
+// Scripting
+#include "ScriptManager/LxCallGraphNode.h"
+#include "ScriptManager/LxScriptManager.h"
+#include "ScriptManager/LxScriptProfiler.h"
+
+// Plug-ins
+#include "PluginManager/LxPlugin.h"
+#include "PluginManager/LxPluginManager.h"
+
 // Application shell: window manager, input events and listeners, display settings
 #include "WindowManager/LxDisplaySettings.h"
 #include "WindowManager/LxInputListener.h"
