@@ -8,6 +8,13 @@ namespace
 {
 const char kWindowClassName[] = "LumexWindowClass";
 
+// A size derived through the aspect ratio, rounded; absurd ratios give a size that creation then refuses, never an
+// out-of-range conversion.
+unsigned ScaledSize(float size)
+{
+    return size >= 0.0f && size < 65536.0f ? unsigned(size + 0.5f) : 65536u;
+}
+
 bool IsAllZero(const RECT& r)
 {
     return r.left == 0 && r.top == 0 && r.right == 0 && r.bottom == 0;
@@ -46,9 +53,9 @@ bool LxWin32WindowManager::CreateWin32Window(const LxDisplaySettings& settings)
     if (width == LxDisplaySettings::kNoSize && height == LxDisplaySettings::kNoSize)
         height = GetDesktopHeight() * 3 / 4;
     if (width == LxDisplaySettings::kNoSize)
-        width = unsigned(float(height) * aspect + 0.5f);
+        width = ScaledSize(float(height) * aspect);
     else if (height == LxDisplaySettings::kNoSize)
-        height = unsigned(float(width) / aspect + 0.5f);
+        height = ScaledSize(float(width) / aspect);
 
     DWORD style, exStyle;
     int x = settings.x, y = settings.y;

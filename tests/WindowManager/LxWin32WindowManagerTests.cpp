@@ -453,6 +453,10 @@ TEST(Win32WindowCreation, DefaultsFullScreenAndRefusals)
         EXPECT_FALSE(wm.CreateMainWindow(s));
         EXPECT_TRUE(log.Contains("Window creation failed. Resolution requested was 0 x 100.\n", LX_LOG_ERROR));
         EXPECT_EQ(wm.GetWindowHandle(), nullptr);
+        s.width = LxDisplaySettings::kNoSize;
+        s.aspectRatio = 1e30f; // absurd sizes are refused, not converted
+        EXPECT_FALSE(wm.CreateMainWindow(s));
+        EXPECT_TRUE(log.Contains("Window creation failed. Resolution requested was 65536 x 100.\n", LX_LOG_ERROR));
     }
 }
 

@@ -114,15 +114,6 @@ TEST(LxKeyCodes, TranslatesEveryVirtualKeyOfTheTable)
         EXPECT_EQ(LxTranslateVirtualKey(c.virtualKey), c.expected) << "virtual key 0x" << std::hex << c.virtualKey;
 }
 
-TEST(LxKeyCodes, FunctionAndKeypadKeysRunInSequence)
-{
-    for (unsigned i = 0; i < 12; ++i)
-        EXPECT_EQ(LxTranslateVirtualKey(0x70 + i), Special(13 + i)) << "F" << i + 1;
-    for (unsigned i = 0; i < 10; ++i)
-        EXPECT_EQ(LxTranslateVirtualKey(0x60 + i), Special(31 + i)) << "keypad " << i;
-    EXPECT_EQ(LxTranslateVirtualKey(0x74), unsigned(LX_KEY_F5));
-}
-
 TEST(LxKeyCodes, CharactersOfKeyCodes)
 {
     EXPECT_EQ(LxKeyCharacter('A', 0), 'a');
