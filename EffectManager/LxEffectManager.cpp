@@ -148,7 +148,10 @@ LxEffectManager* LxEffectManager::ms_pInstance = nullptr;
 LxEffectManager* LxEffectManager::GetPtr()
 {
     if (!ms_pInstance)
+    {
         ms_pInstance = new LxEffectManager();
+        LxEffectDrawContext::SetGlobal(ms_pInstance);
+    }
     return ms_pInstance;
 }
 
@@ -163,6 +166,7 @@ bool LxEffectManager::Init(LxEffectManager* manager)
         return false;
     }
     ms_pInstance = manager;
+    LxEffectDrawContext::SetGlobal(manager);
     return true;
 }
 
@@ -173,10 +177,9 @@ void LxEffectManager::ShutDown()
     delete instance;
 }
 
-LxEffectManager::LxEffectManager()
-{
-    LxEffectDrawContext::SetGlobal(this);
-}
+// Becomes the draw context when installed as the singleton (GetPtr, Init), not here: a manager that Init refuses
+// must not take the place of the one that stays.
+LxEffectManager::LxEffectManager() = default;
 
 LxEffectManager::~LxEffectManager()
 {

@@ -132,6 +132,11 @@ TEST_F(LxEffectManagerTest, DefaultEffectIsRequiredUnlessLoadingItWithTheFlag)
     Write("b.fx", Effect(2));
     EXPECT_TRUE(m_manager->LoadEffect("b.fx"));
     EXPECT_EQ((std::vector<bool>{true, true, false}), m_manager->builderRequests);
+
+    // A second manager is refused and leaves the first one in charge.
+    EXPECT_FALSE(LxEffectManager::Init(new TestEffectManager()));
+    EXPECT_EQ(m_manager, LxEffectManager::GetExistingPtr());
+    EXPECT_EQ(m_manager, LxEffectDrawContext::GetGlobal());
 }
 
 TEST_F(LxEffectManagerTest, DefaultEffectMustHoldItsThreeObjects)
