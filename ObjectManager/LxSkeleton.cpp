@@ -125,21 +125,21 @@ LxSkeleton* LxSkeleton::CreateFromFile(LxFile& file)
     }
     LxString countText(lines[1]);
     countText.Trim();
-    long count = 0;
-    if (!countText.ToInteger(&count) || count < 0)
+    unsigned int count = 0;
+    if (!LxParseUInt32(countText, &count))
     {
         LX_ERROR("Syntax error in skeleton file.");
         return nullptr;
     }
     // Checked before anything is built, so a hostile count costs nothing.
-    if (static_cast<unsigned long>(count) > (lines.GetCount() - 2) / 3)
+    if (count > (lines.GetCount() - 2) / 3)
     {
         LX_ERROR("Not enough lines in skeleton file.");
         return nullptr;
     }
     std::unique_ptr<LxSkeleton> skeleton(new LxSkeleton);
-    skeleton->m_bones.Reserve(static_cast<unsigned int>(count));
-    for (unsigned int i = 0; i < static_cast<unsigned int>(count); ++i)
+    skeleton->m_bones.Reserve(count);
+    for (unsigned int i = 0; i < count; ++i)
     {
         const LxString& name = lines[2 + 3 * i];
         const LxString& parent = lines[3 + 3 * i];

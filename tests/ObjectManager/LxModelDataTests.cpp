@@ -339,7 +339,9 @@ TEST(ModelItems, MissingItemFileFailsTheWholeLoad)
     long long time = 0;
     log.Clear();
     EXPECT_FALSE(lazy->GetManifest().GetEntryByName("diffuse")->GetItemTimeStamp(LxFileSystemArchive(S(dir)), &time));
-    EXPECT_EQ(Lines{"Unable to retrieve time stamp from file 'diffuse.tex'  in archive '" + dir + "/'."}, log.Errors());
+    EXPECT_EQ(Lines{"Unable to retrieve time stamp from file 'diffuse.tex'  in archive '" +
+                    LxModelTest::ArchiveName(dir) + "'."},
+              log.Errors());
 }
 
 // --- manifest -----------------------------------------------------------------------------------------------------
@@ -863,12 +865,13 @@ TEST(ModelSave, WriteFailures)
 
     std::filesystem::create_directories(dir + "/model/skeleton.txt");
     EXPECT_FALSE(model->SaveToPath(S(dir + "/model")));
-    EXPECT_EQ((Lines{"Error writing chunk info file.", "Error writing metafile.",
-                     "Error creating subchunk description file in archive.",
-                     "Error opening file: 'SUBCHUNKTREE.part/a.2.txt' in archive: '" + dir + "/'",
-                     "Problems generating subchunk tree description\n",
-                     "Failed to open file: skeleton.txt in archive: " + dir + "/model/"}),
-              log.Errors());
+    EXPECT_EQ(
+        (Lines{"Error writing chunk info file.", "Error writing metafile.",
+               "Error creating subchunk description file in archive.",
+               "Error opening file: 'SUBCHUNKTREE.part/a.2.txt' in archive: '" + LxModelTest::ArchiveName(dir) + "'",
+               "Problems generating subchunk tree description\n",
+               "Failed to open file: skeleton.txt in archive: " + LxModelTest::ArchiveName(dir + "/model")}),
+        log.Errors());
 }
 
 TEST(ModelChunks, ZeroBytesNeverMatchWords)

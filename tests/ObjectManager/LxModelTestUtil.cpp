@@ -87,6 +87,15 @@ Bytes& Bytes::U8(unsigned char v)
     return *this;
 }
 
+std::string ArchiveName(const std::string& folder)
+{
+    std::string name = folder;
+    for (char& c : name)
+        if (c == '\\')
+            c = '/';
+    return name + "/";
+}
+
 std::map<std::string, std::string> ReadTree(const std::string& folder)
 {
     std::map<std::string, std::string> files;
@@ -97,7 +106,14 @@ std::map<std::string, std::string> ReadTree(const std::string& folder)
         std::ifstream in(entry.path(), std::ios::binary);
         std::ostringstream s;
         s << in.rdbuf();
-        files[std::filesystem::relative(entry.path(), folder).generic_string()] = s.str();
+        const std::string name = std::filesystem::relative(entry.path(), folder).generic_string();
+        std::string bytes = s.str();
+#if defined(_WIN32)
+        if (name.size() > 4 && name.compare(name.size() - 4, 4, ".txt") == 0)
+            for (size_t at = bytes.find("\r\n"); at != std::string::npos; at = bytes.find("\r\n", at))
+                bytes.erase(at, 1);
+#endif
+        files[name] = bytes;
     }
     return files;
 }

@@ -50,7 +50,10 @@ struct Bytes
     }
 };
 
-// Every file under a folder (relative path with '/' -> contents).
+// The name a folder archive rooted at `folder` gives itself ("/" separators, a trailing "/").
+std::string ArchiveName(const std::string& folder);
+// Every file under a folder (relative path with '/' -> contents). On Windows the line ends of ".txt" files are
+// read as "\n": folder archives write text files in text mode there, zip entries never translate.
 std::map<std::string, std::string> ReadTree(const std::string& folder);
 // Every entry of a zip file read through LxZipArchive (name -> contents).
 std::map<std::string, std::string> ReadZip(const std::string& path);

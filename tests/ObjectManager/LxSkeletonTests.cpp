@@ -195,6 +195,7 @@ TEST(Skeleton, ModelArchivesLoadWithoutSkeletonButNotWithABrokenOne)
     Messages log;
     EXPECT_FALSE(LxModelData::LoadFromPath(S(dir), true));
     EXPECT_EQ((std::vector<std::string>{"Not enough lines in skeleton file.",
-                                        "Problems reading skeleton from file: skeleton.txt in archive: " + dir + "/"}),
+                                        "Problems reading skeleton from file: skeleton.txt in archive: " +
+                                            LxModelTest::ArchiveName(dir)}),
               log.Errors());
 }
