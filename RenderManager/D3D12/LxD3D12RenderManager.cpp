@@ -116,6 +116,9 @@ struct LxD3D12RenderManager::Impl
         LxCommandList::Type listType = LxCommandList::DIRECT;
         unsigned topology = kNoTopology;
         unsigned primitiveKey = kNoTopology; // primitive type and tessellation flag of the last draw
+        // Targets, viewport, scissor and heaps not yet bound on the list: bound before its first draw or when the
+        // list is handed out raw, so a list that only clears and transitions (the frame's own) never pays for them.
+        bool stateDirty = false;
         unsigned targetCount = 0;
         D3D12_CPU_DESCRIPTOR_HANDLE targets[D3D12_SIMULTANEOUS_RENDER_TARGET_COUNT] = {};
         D3D12_CPU_DESCRIPTOR_HANDLE depthStencil = {};
@@ -532,7 +535,12 @@ D3D12_GPU_DESCRIPTOR_HANDLE LxD3D12RenderManager::GetGPUDescriptorHandle(D3D12_D
 
 ID3D12GraphicsCommandList* LxD3D12RenderManager::GetCurrentD3D12CommandList()
 {
-    return m_pImpl->workers[GetWorkerIndex()].list;
+    Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
+    if (ws.stateDirty)
+    {
+        ApplyWorkerState(ws.list);
+    }
+    return ws.list;
 }
 
 ID3D12Resource* LxD3D12RenderManager::GetCurrentBackBuffer() const
@@ -613,13 +621,18 @@ void LxD3D12RenderManager::SetCurrentCommandList(LxCountedPtr<LxCommandList> lis
     ws.primitiveKey = kNoTopology;
     if (list && !list->IsClosed() && list->GetType() == LxCommandList::DIRECT)
     {
-        ApplyWorkerState(ws.list);
+        ws.stateDirty = true;
+    }
+    else
+    {
+        ws.stateDirty = false;
     }
 }
 
 void LxD3D12RenderManager::ApplyWorkerState(ID3D12GraphicsCommandList* list)
 {
-    const Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
+    Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
+    ws.stateDirty = false;
     ID3D12DescriptorHeap* heaps[2] = {m_pImpl->heaps[2].heap.Get(), m_pImpl->heaps[3].heap.Get()};
     if (heaps[0] && heaps[1])
     {
@@ -649,14 +662,18 @@ bool LxD3D12RenderManager::OpenFrameList()
     return true;
 }
 
-ID3D12GraphicsCommandList* LxD3D12RenderManager::RecordingList()
+ID3D12GraphicsCommandList* LxD3D12RenderManager::RecordingList(bool bindState)
 {
-    ID3D12GraphicsCommandList* list = m_pImpl->workers[GetWorkerIndex()].list;
-    if (list == nullptr)
+    Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
+    if (ws.list == nullptr)
     {
         LX_ERROR("LxD3D12RenderManager.  Worker %d has no current command list to record on.", GetWorkerIndex());
     }
-    return list;
+    else if (bindState && ws.stateDirty)
+    {
+        ApplyWorkerState(ws.list);
+    }
+    return ws.list;
 }
 
 bool LxD3D12RenderManager::APIExecuteBundle(LxCommandList* bundle)
@@ -777,7 +794,7 @@ bool LxD3D12RenderManager::APIEndFrameSlot(unsigned slot)
 
 bool LxD3D12RenderManager::APITransitionBackBuffer(LxGPUResource::StateType before, LxGPUResource::StateType after)
 {
-    ID3D12GraphicsCommandList* list = RecordingList();
+    ID3D12GraphicsCommandList* list = RecordingList(false);
     ID3D12Resource* buffer = GetCurrentBackBuffer();
     if (list == nullptr || buffer == nullptr)
     {
@@ -844,7 +861,7 @@ void LxD3D12RenderManager::SetRenderTargetViews(unsigned count, const D3D12_CPU_
     ws.depthHasStencil = depthStencil && depthStencil->ptr == m_pImpl->depthView.ptr
                              ? HasStencil(m_desc.depthStencilFormat)
                              : true; // a view of unknown format: the clear asks for what the caller asks for
-    if (ws.list && ws.listType == LxCommandList::DIRECT)
+    if (ws.list && ws.listType == LxCommandList::DIRECT && !ws.stateDirty)
     {
         ws.list->OMSetRenderTargets(ws.targetCount, ws.targets, FALSE, depthStencil ? &ws.depthStencil : nullptr);
     }
@@ -920,7 +937,7 @@ void LxD3D12RenderManager::Viewport(float x, float y, float width, float height)
     }
     Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
     ws.viewport = {x, y, width, height, 0.0f, 1.0f};
-    if (ws.list && ws.listType == LxCommandList::DIRECT)
+    if (ws.list && ws.listType == LxCommandList::DIRECT && !ws.stateDirty)
     {
         ws.list->RSSetViewports(1, &ws.viewport);
     }
@@ -930,7 +947,7 @@ void LxD3D12RenderManager::APISetViewport()
 {
     Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
     ws.viewport = {m_viewport[0], m_viewport[1], m_viewport[2], m_viewport[3], 0.0f, 1.0f};
-    if (ws.list && ws.listType == LxCommandList::DIRECT)
+    if (ws.list && ws.listType == LxCommandList::DIRECT && !ws.stateDirty)
     {
         ws.list->RSSetViewports(1, &ws.viewport);
     }
@@ -945,7 +962,7 @@ void LxD3D12RenderManager::Scissor(unsigned x, unsigned y, unsigned width, unsig
     }
     Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
     ws.scissor = {LONG(x), LONG(y), LONG(x + width), LONG(y + height)};
-    if (ws.list && ws.listType == LxCommandList::DIRECT)
+    if (ws.list && ws.listType == LxCommandList::DIRECT && !ws.stateDirty)
     {
         ws.list->RSSetScissorRects(1, &ws.scissor);
     }
@@ -956,7 +973,7 @@ void LxD3D12RenderManager::APISetScissor()
     Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
     ws.scissor = {LONG(m_scissor[0]), LONG(m_scissor[1]), LONG(m_scissor[0] + m_scissor[2]),
                   LONG(m_scissor[1] + m_scissor[3])};
-    if (ws.list && ws.listType == LxCommandList::DIRECT)
+    if (ws.list && ws.listType == LxCommandList::DIRECT && !ws.stateDirty)
     {
         ws.list->RSSetScissorRects(1, &ws.scissor);
     }
@@ -964,7 +981,7 @@ void LxD3D12RenderManager::APISetScissor()
 
 void LxD3D12RenderManager::APIClear(bool color, bool depth, bool stencil, int targetIndex)
 {
-    ID3D12GraphicsCommandList* list = RecordingList();
+    ID3D12GraphicsCommandList* list = RecordingList(false);
     if (list == nullptr)
     {
         return;
@@ -1038,6 +1055,10 @@ void LxD3D12RenderManager::Draw(bool indexed, PrimType type, unsigned count, uns
         Impl::WorkerState& ws = m_pImpl->workers[worker];
         if (ws.list != nullptr)
         {
+            if (ws.stateDirty)
+            {
+                ApplyWorkerState(ws.list);
+            }
             // The same primitive type as the last draw on this list needs neither the conversion nor the call.
             const bool tessellation = m_workers[worker].tessellation;
             const unsigned key = unsigned(type) | (tessellation ? 0x100u : 0u);
@@ -1278,7 +1299,7 @@ bool LxD3D12RenderManager::CaptureBackBuffer(LxImageData2D* image)
 bool LxD3D12RenderManager::CaptureRenderTarget(ID3D12Resource* target, D3D12_RESOURCE_STATES state,
                                                LxImageData2D* image)
 {
-    ID3D12GraphicsCommandList* list = RecordingList();
+    ID3D12GraphicsCommandList* list = RecordingList(false);
     if (target == nullptr || image == nullptr || list == nullptr)
     {
         LX_ERROR("LxD3D12RenderManager::CaptureRenderTarget.  No target, image or open list.");

@@ -13,8 +13,10 @@
 // opens worker 0's frame list, moves the back buffer to the render-target state and binds it with the default depth
 // buffer, a full viewport and scissor. EndScene submits, presents and signals the frame fence.
 // Workers: each thread calls SetWorkerIndex(i) (0..31) first, creates its own lists (CreateCommandList, allocators
-// from its own pools), makes one current (SetCurrentCommandList binds the back buffer, viewport and scissor on it),
-// records, CloseAndAppendCommandList and ExecuteCommandLists. Render targets, viewport and scissor set by a worker
+// from its own pools), makes one current (SetCurrentCommandList; the back buffer, viewport and scissor apply to it),
+// records, CloseAndAppendCommandList and ExecuteCommandLists. The worker's targets, viewport, scissor and descriptor
+// heaps are bound on a list lazily, before its first draw, dispatch or bundle, or when GetCurrentD3D12CommandList
+// hands it out. Render targets, viewport and scissor set by a worker
 // other than 0 apply to its own current list only; worker 0's values are the ones the getters report.
 // Lists created with forCurrentFrame = true record into allocators of the current frame slot (recycled when the
 // frame completes; Reset them each frame); false gives the list its own allocator (a bundle recorded once).
@@ -206,8 +208,9 @@ private:
     // Makes the calling worker's frame list (reset onto a fresh frame allocator) its current one and binds its
     // targets, viewport and scissor.
     bool OpenFrameList();
-    // The calling worker's state, or null (logged) when it has no open list to record on.
-    ID3D12GraphicsCommandList* RecordingList();
+    // The calling worker's list, or null (logged) when it has none; with `bindState`, its pending targets,
+    // viewport, scissor and descriptor heaps are bound first.
+    ID3D12GraphicsCommandList* RecordingList(bool bindState = true);
     // Binds the calling worker's targets, viewport, scissor and descriptor heaps on `list`.
     void ApplyWorkerState(ID3D12GraphicsCommandList* list);
     void ReleaseAll();

@@ -32,6 +32,16 @@ double Seconds(Clock::time_point a, Clock::time_point b)
     return std::chrono::duration<double>(b - a).count();
 }
 
+// CPU time of the calling thread (user + kernel), in seconds.
+double ThreadCpuSeconds()
+{
+    FILETIME creation, exit, kernel, user;
+    if (!GetThreadTimes(GetCurrentThread(), &creation, &exit, &kernel, &user))
+        return 0.0;
+    auto value = [](const FILETIME& t) { return double((ULONGLONG(t.dwHighDateTime) << 32) | t.dwLowDateTime) * 1e-7; };
+    return value(kernel) + value(user);
+}
+
 double Median(std::vector<double> v)
 {
     std::sort(v.begin(), v.end());
@@ -247,8 +257,12 @@ struct DrawSetup
         view = {indices->GetGPUVirtualAddress(), 64, DXGI_FORMAT_R16_UINT};
         return true;
     }
-    void Bind(ID3D12GraphicsCommandList* list, D3D12_CPU_DESCRIPTOR_HANDLE rtv, D3D12_CPU_DESCRIPTOR_HANDLE dsv)
+    // The same state on both sides, the shader-visible heaps included (the render manager binds them on every list
+    // it makes current, as any program drawing with descriptor tables does).
+    void Bind(ID3D12GraphicsCommandList* list, D3D12_CPU_DESCRIPTOR_HANDLE rtv, D3D12_CPU_DESCRIPTOR_HANDLE dsv,
+              ID3D12DescriptorHeap* const* heaps)
     {
+        list->SetDescriptorHeaps(2, heaps);
         list->SetPipelineState(pso.Get());
         list->SetGraphicsRootSignature(root.Get());
         list->IASetIndexBuffer(&view);
@@ -269,7 +283,7 @@ int Fail(const char* what)
 
 int main(int argc, char** argv)
 {
-    const int frames = argc > 1 ? std::atoi(argv[1]) : 40;
+    const int frames = argc > 1 ? std::atoi(argv[1]) : 30;
     const int draws = argc > 2 ? std::atoi(argv[2]) : 500;
 
     HWND rawWindow = MakeWindow(L"raw");
@@ -300,23 +314,27 @@ int main(int argc, char** argv)
         rm.EndScene();
     }
     // Short rounds, alternating which side goes first: the machine's load drifts on the scale of seconds.
-    const int frameRounds = 30;
+    const int frameRounds = 60;
+    double rawCpu = 0.0, rmCpu = 0.0; // the frame thread's own CPU time, load-independent
     auto timeRaw = [&]
     {
         Raise(rawWindow);
         Pump();
         raw.Finish();
+        const double c0 = ThreadCpuSeconds();
         const Clock::time_point t0 = Clock::now();
         for (int f = 0; f < frames; ++f)
             raw.Frame();
         raw.Finish();
         rawFps.push_back(frames / Seconds(t0, Clock::now()));
+        rawCpu += ThreadCpuSeconds() - c0;
     };
     auto timeRm = [&]
     {
         Raise(rmWindow);
         Pump();
         rm.WaitOnExecution();
+        const double c0 = ThreadCpuSeconds();
         const Clock::time_point t0 = Clock::now();
         for (int f = 0; f < frames; ++f)
         {
@@ -326,6 +344,7 @@ int main(int argc, char** argv)
         }
         rm.WaitOnExecution();
         rmFps.push_back(frames / Seconds(t0, Clock::now()));
+        rmCpu += ThreadCpuSeconds() - c0;
     };
     for (int r = 0; r < frameRounds; ++r)
     {
@@ -347,7 +366,15 @@ int main(int argc, char** argv)
                 frameRounds, frames);
     std::printf("  raw D3D12/DXGI      median %8.1f  best %8.1f frames/s\n", rawMedian, rawBest);
     std::printf("  render manager      median %8.1f  best %8.1f frames/s\n", rmMedian, rmBest);
-    std::printf("  ratio rm/raw        median %8.3f  best %8.3f\n", rmMedian / rawMedian, rmBest / rawBest);
+    // Each round pair ran back to back: the median of the pair ratios cancels most of the load drift.
+    std::vector<double> pairRatios;
+    for (size_t i = 0; i < rawFps.size() && i < rmFps.size(); ++i)
+        pairRatios.push_back(rmFps[i] / rawFps[i]);
+    std::printf("  ratio rm/raw        median %8.3f  best %8.3f  median of pairs %6.3f\n", rmMedian / rawMedian,
+                rmBest / rawBest, Median(pairRatios));
+    const double totalFrames = double(frames) * frameRounds;
+    std::printf("  frame thread CPU    raw %6.1f us/frame  render manager %6.1f us/frame\n", rawCpu / totalFrames * 1e6,
+                rmCpu / totalFrames * 1e6);
 
     // --- draw recording cost ------------------------------------------------------------------------------------
     // Both sides record into lists of the render manager's device that are never executed: only the CPU is timed.
@@ -365,6 +392,8 @@ int main(int argc, char** argv)
     if (!rmList)
         return Fail("render manager list");
     rmList->Close();
+    ID3D12DescriptorHeap* const heaps[2] = {rm.GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV),
+                                            rm.GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER)};
     const D3D12_CPU_DESCRIPTOR_HANDLE rtv = rm.GetCurrentBackBufferView();
     const D3D12_CPU_DESCRIPTOR_HANDLE dsv = rm.GetDefaultDepthStencilView();
 
@@ -375,7 +404,7 @@ int main(int argc, char** argv)
     {
         rawAllocator->Reset();
         rawList->Reset(rawAllocator.Get(), nullptr);
-        setup.Bind(rawList.Get(), rtv, dsv);
+        setup.Bind(rawList.Get(), rtv, dsv, heaps);
         Clock::time_point t0 = Clock::now();
         for (int d = 0; d < draws; ++d)
         {
@@ -387,7 +416,7 @@ int main(int argc, char** argv)
 
         rawAllocator->Reset();
         rawList->Reset(rawAllocator.Get(), nullptr);
-        setup.Bind(rawList.Get(), rtv, dsv);
+        setup.Bind(rawList.Get(), rtv, dsv, heaps);
         rawList->IASetPrimitiveTopology(D3D_PRIMITIVE_TOPOLOGY_TRIANGLELIST);
         t0 = Clock::now();
         for (int d = 0; d < draws; ++d)
@@ -397,7 +426,7 @@ int main(int argc, char** argv)
 
         rmList->Reset();
         rm.SetCurrentCommandList(rmList);
-        setup.Bind(rm.GetCurrentD3D12CommandList(), rtv, dsv);
+        setup.Bind(rm.GetCurrentD3D12CommandList(), rtv, dsv, heaps);
         rm.GetFrameStats().Clear();
         t0 = Clock::now();
         for (int d = 0; d < draws; ++d)
