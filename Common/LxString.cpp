@@ -222,7 +222,7 @@ bool LxStringT<Ch>::Equals(const Ch* text) const
         return GetLength() == 0;
     const unsigned int n = GetLength();
     for (unsigned int i = 0; i < n; ++i)
-        if (text[i] != m_pData[i])
+        if (text[i] == 0 || text[i] != m_pData[i]) // a zero inside the string must not walk past the text's end
             return false;
     return text[n] == 0;
 }

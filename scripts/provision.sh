@@ -48,7 +48,7 @@ native_lane() {
   apt_install build-essential cmake ninja-build pkg-config ccache git flex bison \
     liblua5.1-0-dev libminizip-dev zlib1g-dev libpng-dev libssl-dev \
     googletest libgtest-dev libgmock-dev libbenchmark-dev \
-    clang libclang-rt-14-dev clang-format
+    clang libclang-rt-14-dev clang-format zip unzip python3
 }
 
 # --- Windows lane: cross toolchain and static third-party libraries --------------------------------------------
