@@ -32,16 +32,6 @@ double Seconds(Clock::time_point a, Clock::time_point b)
     return std::chrono::duration<double>(b - a).count();
 }
 
-// CPU time of the calling thread (user + kernel), in seconds.
-double ThreadCpuSeconds()
-{
-    FILETIME creation, exit, kernel, user;
-    if (!GetThreadTimes(GetCurrentThread(), &creation, &exit, &kernel, &user))
-        return 0.0;
-    auto value = [](const FILETIME& t) { return double((ULONGLONG(t.dwHighDateTime) << 32) | t.dwLowDateTime) * 1e-7; };
-    return value(kernel) + value(user);
-}
-
 double Median(std::vector<double> v)
 {
     std::sort(v.begin(), v.end());
@@ -315,26 +305,22 @@ int main(int argc, char** argv)
     }
     // Short rounds, alternating which side goes first: the machine's load drifts on the scale of seconds.
     const int frameRounds = 60;
-    double rawCpu = 0.0, rmCpu = 0.0; // the frame thread's own CPU time, load-independent
     auto timeRaw = [&]
     {
         Raise(rawWindow);
         Pump();
         raw.Finish();
-        const double c0 = ThreadCpuSeconds();
         const Clock::time_point t0 = Clock::now();
         for (int f = 0; f < frames; ++f)
             raw.Frame();
         raw.Finish();
         rawFps.push_back(frames / Seconds(t0, Clock::now()));
-        rawCpu += ThreadCpuSeconds() - c0;
     };
     auto timeRm = [&]
     {
         Raise(rmWindow);
         Pump();
         rm.WaitOnExecution();
-        const double c0 = ThreadCpuSeconds();
         const Clock::time_point t0 = Clock::now();
         for (int f = 0; f < frames; ++f)
         {
@@ -344,7 +330,6 @@ int main(int argc, char** argv)
         }
         rm.WaitOnExecution();
         rmFps.push_back(frames / Seconds(t0, Clock::now()));
-        rmCpu += ThreadCpuSeconds() - c0;
     };
     for (int r = 0; r < frameRounds; ++r)
     {
@@ -372,9 +357,6 @@ int main(int argc, char** argv)
         pairRatios.push_back(rmFps[i] / rawFps[i]);
     std::printf("  ratio rm/raw        median %8.3f  best %8.3f  median of pairs %6.3f\n", rmMedian / rawMedian,
                 rmBest / rawBest, Median(pairRatios));
-    const double totalFrames = double(frames) * frameRounds;
-    std::printf("  frame thread CPU    raw %6.1f us/frame  render manager %6.1f us/frame\n", rawCpu / totalFrames * 1e6,
-                rmCpu / totalFrames * 1e6);
 
     // --- draw recording cost ------------------------------------------------------------------------------------
     // Both sides record into lists of the render manager's device that are never executed: only the CPU is timed.
