@@ -141,6 +141,7 @@ struct LxD3D12RenderManager::Impl
     std::vector<ComPtr<ID3D12Resource>> backBuffers;
     std::vector<LxCountedPtr<LxGPURenderableResourceView>> backBufferViews;
     D3D12_CPU_DESCRIPTOR_HANDLE depthView = {};
+    ID3D12DescriptorHeap* shaderVisible[2] = {nullptr, nullptr}; // handed over by the resource manager; not owned
     ComPtr<ID3D12CommandSignature> drawSignature, drawIndexedSignature, dispatchSignature;
     LxD3D12FrameGPUTimers timers;
     bool timersAvailable = false;
@@ -462,6 +463,7 @@ void LxD3D12RenderManager::ReleaseAll()
     m_renderTargets.Clear();
     m_depthStencil = LxCountedPtr<LxGPUDepthStencilResourceView>();
     m_pImpl->setupList = LxCountedPtr<LxCommandList>();
+    m_pImpl->shaderVisible[0] = m_pImpl->shaderVisible[1] = nullptr;
     for (Impl::Heap& heap : m_pImpl->heaps)
     {
         if (heap.slots)
@@ -504,6 +506,12 @@ LxDescriptorHeap* LxD3D12RenderManager::GetDescriptorAllocator(D3D12_DESCRIPTOR_
 {
     const unsigned i = HeapIndex(type);
     return i < 4 ? m_pImpl->heaps[i].slots : nullptr;
+}
+
+void LxD3D12RenderManager::SetShaderVisibleHeaps(ID3D12DescriptorHeap* shaderResources, ID3D12DescriptorHeap* samplers)
+{
+    m_pImpl->shaderVisible[0] = shaderResources;
+    m_pImpl->shaderVisible[1] = samplers;
 }
 
 D3D12_CPU_DESCRIPTOR_HANDLE LxD3D12RenderManager::GetCPUDescriptorHandle(D3D12_DESCRIPTOR_HEAP_TYPE type,
@@ -633,7 +641,9 @@ void LxD3D12RenderManager::ApplyWorkerState(ID3D12GraphicsCommandList* list)
 {
     Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
     ws.stateDirty = false;
-    ID3D12DescriptorHeap* heaps[2] = {m_pImpl->heaps[2].heap.Get(), m_pImpl->heaps[3].heap.Get()};
+    ID3D12DescriptorHeap* heaps[2] = {
+        m_pImpl->shaderVisible[0] ? m_pImpl->shaderVisible[0] : m_pImpl->heaps[2].heap.Get(),
+        m_pImpl->shaderVisible[1] ? m_pImpl->shaderVisible[1] : m_pImpl->heaps[3].heap.Get()};
     if (heaps[0] && heaps[1])
     {
         list->SetDescriptorHeaps(2, heaps);

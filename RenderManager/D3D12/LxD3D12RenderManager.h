@@ -103,6 +103,10 @@ public:
     // render manager are marked allocated). The allocators are frame-end listeners of the frame ring.
     ID3D12DescriptorHeap* GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE type) const;
     LxDescriptorHeap* GetDescriptorAllocator(D3D12_DESCRIPTOR_HEAP_TYPE type) const;
+    // The shader-visible heaps bound on every list before its first draw or dispatch: by default the render
+    // manager's own CBV/SRV/UAV and sampler heaps; the resource manager hands over its own when shader descriptors
+    // live there (null for either: back to the render manager's). Not owned; set between frames.
+    void SetShaderVisibleHeaps(ID3D12DescriptorHeap* shaderResources, ID3D12DescriptorHeap* samplers);
     D3D12_CPU_DESCRIPTOR_HANDLE GetCPUDescriptorHandle(D3D12_DESCRIPTOR_HEAP_TYPE type, unsigned slot) const;
     D3D12_GPU_DESCRIPTOR_HANDLE GetGPUDescriptorHandle(D3D12_DESCRIPTOR_HEAP_TYPE type, unsigned slot) const;
 
