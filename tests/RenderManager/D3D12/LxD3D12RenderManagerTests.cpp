@@ -328,6 +328,27 @@ TEST_F(D3D12RenderManagerTest, DepthClearViewportAndScissorShowInPixels)
     ASSERT_TRUE(s_rm->EndScene());
 }
 
+TEST_F(D3D12RenderManagerTest, BackBufferTargetGoesThroughThePortableViews)
+{
+    ASSERT_TRUE(s_rm->BeginScene());
+    LxArray<LxCountedPtr<LxGPURenderableResourceView>> views;
+    LxCountedPtr<LxGPUDepthStencilResourceView> depth;
+    s_rm->GetRenderTargets(&views, &depth);
+    ASSERT_EQ(views.GetCount(), 1u);
+    EXPECT_EQ(views[0]->GetRMTargetType(), LxGPURenderableResourceView::RM_TARGET_BACK_BUFFER);
+    s_rm->SetRenderTargets(1, views.GetData(), depth);
+    EXPECT_EQ(s_rm->GetNumRenderTargets(), 1u);
+    // Clear the bound target through its index: index 1 names no target and clears nothing.
+    s_rm->SetClearColor(kBlue[0] / 255.0f, kBlue[1] / 255.0f, kBlue[2] / 255.0f, 1.0f);
+    s_rm->Clear(true, false, false, 0);
+    s_rm->SetClearColor(kRed[0] / 255.0f, kRed[1] / 255.0f, kRed[2] / 255.0f, 1.0f);
+    s_rm->Clear(true, false, false, 1);
+    LxImageData2D image;
+    ASSERT_TRUE(s_rm->CaptureBackBuffer(&image));
+    ExpectPixel(image, 5, 7, kBlue, "cleared through the back-buffer view");
+    ASSERT_TRUE(s_rm->EndScene());
+}
+
 TEST_F(D3D12RenderManagerTest, BeginningFrameFPlus1WaitsForFrame1)
 {
     // The GPU queue stalls behind a fence that a helper thread raises later, so frame 1 cannot complete until then.
