@@ -90,6 +90,14 @@ public:
     }
 
     // The observer is shared by every pointer of this record; null removes it. Not owned.
+    // Exchanges the objects of two records; each record keeps its count and observer. Every holder of this record
+    // then sees the other's object: how a reloaded resource reaches everyone who holds the old one. Both must be set.
+    void SwapObjects(LxCountedPtr& other)
+    {
+        T* object = m_pRecord->object;
+        m_pRecord->object = other.m_pRecord->object;
+        other.m_pRecord->object = object;
+    }
     void SetObserver(LxCountedPtrObserver<T>* observer)
     {
         if (m_pRecord)

@@ -59,6 +59,24 @@ void LxStringT<Ch>::Init(unsigned int capacity)
 }
 
 template <class Ch>
+LxStringT<Ch>::LxStringT(const Ch* text)
+{
+    InitFrom(text, text ? Measure(text) : 0);
+}
+
+template <class Ch>
+LxStringT<Ch>::LxStringT(const Ch* text, unsigned int length)
+{
+    InitFrom(text, length);
+}
+
+template <class Ch>
+LxStringT<Ch>::LxStringT(const LxStringT& other)
+{
+    InitFrom(other.m_pData, other.GetLength());
+}
+
+template <class Ch>
 void LxStringT<Ch>::InitFrom(const Ch* text, unsigned int length)
 {
     m_pData = AllocateBlock(length + 1);

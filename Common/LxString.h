@@ -77,9 +77,11 @@ class LxStringT
 {
 public:
     LxStringT() { Init(0); }
-    LxStringT(const Ch* text) { InitFrom(text, text ? Measure(text) : 0); }
-    LxStringT(const Ch* text, unsigned int length) { InitFrom(text, length); }
-    LxStringT(const LxStringT& other) { InitFrom(other.m_pData, other.GetLength()); }
+    // Out of line on purpose: the DLL does not export inline members of its explicit instantiation, so an inline
+    // constructor that a caller's optimiser chose not to inline would leave that caller with an unresolved symbol.
+    LxStringT(const Ch* text);
+    LxStringT(const Ch* text, unsigned int length);
+    LxStringT(const LxStringT& other);
     LxStringT(LxStringT&& other) noexcept : m_pData(other.m_pData) { other.m_pData = EmptyRep(); }
     ~LxStringT() { Release(); }
 

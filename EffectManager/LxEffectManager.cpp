@@ -19,24 +19,6 @@
 
 namespace
 {
-// Hot reload hands every holder of an effect the new one by changing the object its shared record points at.
-// LxCountedPtr offers no operation for that; its only member is the record pointer, and a standard-layout object
-// is pointer-interconvertible with its first member, so the record is reached through the object's address.
-template <class T>
-typename LxCountedPtr<T>::Record* RecordOf(LxCountedPtr<T>& pointer)
-{
-    static_assert(std::is_standard_layout<LxCountedPtr<T>>::value &&
-                      sizeof(LxCountedPtr<T>) == sizeof(typename LxCountedPtr<T>::Record*),
-                  "LxCountedPtr must stay a lone record pointer for effect reloading");
-    return *reinterpret_cast<typename LxCountedPtr<T>::Record**>(&pointer);
-}
-
-// After the call `a` and `b` keep their records (counts and observers) but hold each other's objects.
-void SwapObjects(LxCountedPtr<LxEffect>& a, LxCountedPtr<LxEffect>& b)
-{
-    std::swap(RecordOf(a)->object, RecordOf(b)->object);
-}
-
 // "PassNumber": the index of the pass the effect is drawing.
 class LxPassNumberUpdateHandler : public LxUpdateHandler
 {
@@ -572,7 +554,7 @@ void LxEffectManager::ReloadEffects(bool force)
         }
 
         LxCountedPtr<LxEffect> oldEffect(fresh);
-        SwapObjects(record->effect, oldEffect);
+        record->effect.SwapObjects(oldEffect); // every holder of the shared record now sees the new effect
         Binders* oldBinders = record->binders;
         record->binders = binders;
         if (isCurrentDefault)

@@ -241,6 +241,16 @@ TEST(LxCountedPtr, SharingReleasingAndTheOneReferenceObserver)
     a = nullptr;
     EXPECT_EQ(Tracked::live, 0);
     EXPECT_FALSE(LxCountedPtr<Tracked>(nullptr));
+
+    // Swapping objects: every holder of a record sees the other object; counts stay with the records.
+    LxCountedPtr<Tracked> shared(new Tracked(1)), holder(shared), fresh(new Tracked(2));
+    shared.SwapObjects(fresh);
+    EXPECT_EQ(holder->value, 2);
+    EXPECT_EQ(fresh->value, 1);
+    EXPECT_EQ(shared.GetRefCount(), 2u);
+    EXPECT_EQ(fresh.GetRefCount(), 1u);
+    fresh = nullptr; // destroys the old object
+    EXPECT_EQ(Tracked::live, 1);
 }
 
 TEST(LxMemoryBuffer, OwnsItsBytesAndOnlyShrinks)

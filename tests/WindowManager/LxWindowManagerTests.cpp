@@ -369,7 +369,8 @@ TEST(LxWindowManagerBase, SingletonUsesTheRegisteredFactory)
     LxWindowManager::SetCreateFunction(platform);
 #ifndef _WIN32
     // Natively there is no platform window manager: the base class stands in.
-    EXPECT_EQ(typeid(LxWindowManager::GetRef()), typeid(LxWindowManager));
+    LxWindowManager& standIn = LxWindowManager::GetRef();
+    EXPECT_EQ(typeid(standIn), typeid(LxWindowManager));
     LxWindowManager::ShutDown();
 #endif
 }
