@@ -1,4 +1,5 @@
 #include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
+#include "RenderManager/D3D12/LxD3D12Barriers.h"
 
 #include "Common/LxImageData2D.h"
 #include "Common/LxLogManager.h"
@@ -19,17 +20,6 @@
 namespace
 {
 const char* const kOutOfMemory = "Out of memory!  I hope this isn't happening at crunch time or we're screwed!!!!";
-
-D3D12_RESOURCE_BARRIER Transition(ID3D12Resource* resource, D3D12_RESOURCE_STATES before, D3D12_RESOURCE_STATES after)
-{
-    D3D12_RESOURCE_BARRIER barrier = {};
-    barrier.Type = D3D12_RESOURCE_BARRIER_TYPE_TRANSITION;
-    barrier.Transition.pResource = resource;
-    barrier.Transition.Subresource = D3D12_RESOURCE_BARRIER_ALL_SUBRESOURCES;
-    barrier.Transition.StateBefore = before;
-    barrier.Transition.StateAfter = after;
-    return barrier;
-}
 
 // Makes a platform resource: the new instance, then its GPU part. Either failure is logged and answered with null.
 template <class T, class... Args>
@@ -267,7 +257,7 @@ bool LxD3D12GPUResourceManager::RecordCopyToReadback(ID3D12Resource* texture, D3
         return false;
     }
     const bool transition = state != D3D12_RESOURCE_STATE_COPY_SOURCE;
-    D3D12_RESOURCE_BARRIER barrier = Transition(texture, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
+    D3D12_RESOURCE_BARRIER barrier = LxD3D12TransitionBarrier(texture, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
     if (transition)
         list->ResourceBarrier(1, &barrier);
     D3D12_TEXTURE_COPY_LOCATION dst = {};
@@ -279,7 +269,7 @@ bool LxD3D12GPUResourceManager::RecordCopyToReadback(ID3D12Resource* texture, D3
     src.Type = D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX;
     src.SubresourceIndex = subresource;
     list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
-    barrier = Transition(texture, D3D12_RESOURCE_STATE_COPY_SOURCE, state);
+    barrier = LxD3D12TransitionBarrier(texture, D3D12_RESOURCE_STATE_COPY_SOURCE, state);
     if (transition)
         list->ResourceBarrier(1, &barrier);
     return true;
@@ -335,11 +325,11 @@ bool LxD3D12GPUResourceManager::ReadbackSubresource(ID3D12Resource* texture, D3D
             return false;
         }
         D3D12_RESOURCE_BARRIER barriers[2] = {
-            Transition(texture, state, D3D12_RESOURCE_STATE_RESOLVE_SOURCE),
-            Transition(resolved, D3D12_RESOURCE_STATE_RESOLVE_DEST, D3D12_RESOURCE_STATE_COPY_SOURCE)};
+            LxD3D12TransitionBarrier(texture, state, D3D12_RESOURCE_STATE_RESOLVE_SOURCE),
+            LxD3D12TransitionBarrier(resolved, D3D12_RESOURCE_STATE_RESOLVE_DEST, D3D12_RESOURCE_STATE_COPY_SOURCE)};
         list->ResourceBarrier(1, &barriers[0]);
         list->ResolveSubresource(resolved, 0, texture, subresource, desc.Format);
-        barriers[0] = Transition(texture, D3D12_RESOURCE_STATE_RESOLVE_SOURCE, state);
+        barriers[0] = LxD3D12TransitionBarrier(texture, D3D12_RESOURCE_STATE_RESOLVE_SOURCE, state);
         list->ResourceBarrier(2, barriers);
         source = resolved;
         sourceSubresource = 0;

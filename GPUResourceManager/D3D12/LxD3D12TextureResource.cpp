@@ -1,4 +1,5 @@
 #include "GPUResourceManager/D3D12/LxD3D12TextureResource.h"
+#include "RenderManager/D3D12/LxD3D12Barriers.h"
 
 #include "Common/LxLogManager.h"
 #include "GPUResourceManager/D3D12/LxD3D12Format.h"
@@ -19,17 +20,6 @@ D3D12_RESOURCE_STATES RestingState(const LxGPUTexture& texture)
     if (texture.QueryUsage(LxGPUResource::BIND_UNORDERED_ACCESS))
         return D3D12_RESOURCE_STATE_UNORDERED_ACCESS;
     return D3D12_RESOURCE_STATE_PIXEL_SHADER_RESOURCE | D3D12_RESOURCE_STATE_NON_PIXEL_SHADER_RESOURCE;
-}
-
-D3D12_RESOURCE_BARRIER Transition(ID3D12Resource* resource, D3D12_RESOURCE_STATES before, D3D12_RESOURCE_STATES after)
-{
-    D3D12_RESOURCE_BARRIER barrier = {};
-    barrier.Type = D3D12_RESOURCE_BARRIER_TYPE_TRANSITION;
-    barrier.Transition.pResource = resource;
-    barrier.Transition.Subresource = D3D12_RESOURCE_BARRIER_ALL_SUBRESOURCES;
-    barrier.Transition.StateBefore = before;
-    barrier.Transition.StateAfter = after;
-    return barrier;
 }
 
 LxD3D12GPUResourceManager* DeviceManager(const char* who)
@@ -146,7 +136,7 @@ bool LxD3D12TextureResource::Create(const LxGPUTexture& texture, LxCountedPtr<Lx
         ID3D12GraphicsCommandList* list = ok ? manager->BeginImmediate() : nullptr;
         if (list)
         {
-            const D3D12_RESOURCE_BARRIER barrier = Transition(m_pResource, initial, resting);
+            const D3D12_RESOURCE_BARRIER barrier = LxD3D12TransitionBarrier(m_pResource, initial, resting);
             list->ResourceBarrier(1, &barrier);
         }
         // Executed on failure too: copies already recorded read the upload ring and must finish before it moves on.
@@ -373,7 +363,8 @@ bool LxD3D12TextureResource::Unmap(unsigned subresource, const char* who)
             ID3D12GraphicsCommandList* list = manager->BeginImmediate();
             if (list)
             {
-                D3D12_RESOURCE_BARRIER barrier = Transition(m_pResource, m_state, D3D12_RESOURCE_STATE_COPY_DEST);
+                D3D12_RESOURCE_BARRIER barrier =
+                    LxD3D12TransitionBarrier(m_pResource, m_state, D3D12_RESOURCE_STATE_COPY_DEST);
                 list->ResourceBarrier(1, &barrier);
                 D3D12_TEXTURE_COPY_LOCATION dst = {};
                 dst.pResource = m_pResource;
@@ -384,7 +375,7 @@ bool LxD3D12TextureResource::Unmap(unsigned subresource, const char* who)
                 src.Type = D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT;
                 src.PlacedFootprint = staging.footprint;
                 list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
-                barrier = Transition(m_pResource, D3D12_RESOURCE_STATE_COPY_DEST, m_state);
+                barrier = LxD3D12TransitionBarrier(m_pResource, D3D12_RESOURCE_STATE_COPY_DEST, m_state);
                 list->ResourceBarrier(1, &barrier);
             }
             ok = list && manager->ExecuteImmediate();

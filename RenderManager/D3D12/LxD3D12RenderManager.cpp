@@ -1,4 +1,5 @@
 #include "RenderManager/D3D12/LxD3D12RenderManager.h"
+#include "RenderManager/D3D12/LxD3D12Barriers.h"
 
 #include "Common/LxImageData2D.h"
 #include "Common/LxLogManager.h"
@@ -76,17 +77,6 @@ const char* FeatureLevelName(D3D_FEATURE_LEVEL level)
 bool HasStencil(DXGI_FORMAT format)
 {
     return format == DXGI_FORMAT_D24_UNORM_S8_UINT || format == DXGI_FORMAT_D32_FLOAT_S8X24_UINT;
-}
-
-D3D12_RESOURCE_BARRIER Transition(ID3D12Resource* resource, D3D12_RESOURCE_STATES before, D3D12_RESOURCE_STATES after)
-{
-    D3D12_RESOURCE_BARRIER barrier = {};
-    barrier.Type = D3D12_RESOURCE_BARRIER_TYPE_TRANSITION;
-    barrier.Transition.pResource = resource;
-    barrier.Transition.Subresource = D3D12_RESOURCE_BARRIER_ALL_SUBRESOURCES;
-    barrier.Transition.StateBefore = before;
-    barrier.Transition.StateAfter = after;
-    return barrier;
 }
 
 // The Win32 thread-local slot of the worker index; every thread starts with 0 (worker 0) in it.
@@ -810,8 +800,8 @@ bool LxD3D12RenderManager::APITransitionBackBuffer(LxGPUResource::StateType befo
     {
         return false;
     }
-    const D3D12_RESOURCE_BARRIER barrier =
-        Transition(buffer, static_cast<D3D12_RESOURCE_STATES>(before), static_cast<D3D12_RESOURCE_STATES>(after));
+    const D3D12_RESOURCE_BARRIER barrier = LxD3D12TransitionBarrier(buffer, static_cast<D3D12_RESOURCE_STATES>(before),
+                                                                    static_cast<D3D12_RESOURCE_STATES>(after));
     list->ResourceBarrier(1, &barrier);
     return true;
 }
@@ -1372,7 +1362,7 @@ bool LxD3D12RenderManager::CaptureRenderTarget(ID3D12Resource* target, D3D12_RES
         LX_ERROR("Creation of readback buffer failed\n");
         return false;
     }
-    D3D12_RESOURCE_BARRIER barrier = Transition(target, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
+    D3D12_RESOURCE_BARRIER barrier = LxD3D12TransitionBarrier(target, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
     if (state != D3D12_RESOURCE_STATE_COPY_SOURCE)
     {
         list->ResourceBarrier(1, &barrier);

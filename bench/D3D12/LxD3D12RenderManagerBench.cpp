@@ -167,14 +167,14 @@ struct RawLoop
         allocators[slot]->Reset();
         list->Reset(allocators[slot].Get(), nullptr);
         const UINT index = swapChain->GetCurrentBackBufferIndex();
-        const D3D12_RESOURCE_BARRIER toTarget = LxD3D12Test::TransitionBarrier(
+        const D3D12_RESOURCE_BARRIER toTarget = LxD3D12TransitionBarrier(
             buffers[index].Get(), D3D12_RESOURCE_STATE_PRESENT, D3D12_RESOURCE_STATE_RENDER_TARGET);
         list->ResourceBarrier(1, &toTarget);
         const float color[4] = {0.2f, 0.4f, 0.6f, 1.0f};
         list->ClearRenderTargetView(Rtv(index), color, 0, nullptr);
         list->ClearDepthStencilView(dsvHeap->GetCPUDescriptorHandleForHeapStart(), D3D12_CLEAR_FLAG_DEPTH, 1.0f, 0, 0,
                                     nullptr);
-        const D3D12_RESOURCE_BARRIER toPresent = LxD3D12Test::TransitionBarrier(
+        const D3D12_RESOURCE_BARRIER toPresent = LxD3D12TransitionBarrier(
             buffers[index].Get(), D3D12_RESOURCE_STATE_RENDER_TARGET, D3D12_RESOURCE_STATE_PRESENT);
         list->ResourceBarrier(1, &toPresent);
         list->Close();

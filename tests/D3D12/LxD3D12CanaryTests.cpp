@@ -468,10 +468,8 @@ TEST(D3D12Canary, DrawsDepthTestedTrianglesOffscreenAndReadsThemBack)
     list->DrawInstanced(3, 1, 0, 0);
 
     const D3D12_RESOURCE_BARRIER toCopy[2] = {
-        LxD3D12Test::TransitionBarrier(color.Get(), D3D12_RESOURCE_STATE_RENDER_TARGET,
-                                       D3D12_RESOURCE_STATE_COPY_SOURCE),
-        LxD3D12Test::TransitionBarrier(depth.Get(), D3D12_RESOURCE_STATE_DEPTH_WRITE,
-                                       D3D12_RESOURCE_STATE_COPY_SOURCE)};
+        LxD3D12TransitionBarrier(color.Get(), D3D12_RESOURCE_STATE_RENDER_TARGET, D3D12_RESOURCE_STATE_COPY_SOURCE),
+        LxD3D12TransitionBarrier(depth.Get(), D3D12_RESOURCE_STATE_DEPTH_WRITE, D3D12_RESOURCE_STATE_COPY_SOURCE)};
     list->ResourceBarrier(2, toCopy);
     D3D12_TEXTURE_COPY_LOCATION dst = {readback.Get(), D3D12_TEXTURE_COPY_TYPE_PLACED_FOOTPRINT, {colorFootprint}};
     D3D12_TEXTURE_COPY_LOCATION src = {color.Get(), D3D12_TEXTURE_COPY_TYPE_SUBRESOURCE_INDEX, {}}; // subresource 0

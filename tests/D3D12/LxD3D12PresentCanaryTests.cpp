@@ -146,12 +146,12 @@ TEST(D3D12CanaryPresent, PresentsFramesThroughFlipDiscardSwapChain)
         ASSERT_HRESULT_SUCCEEDED(list->Reset(allocator.Get(), nullptr));
         D3D12_CPU_DESCRIPTOR_HANDLE rtv = rtvHeap->GetCPUDescriptorHandleForHeapStart();
         rtv.ptr += SIZE_T(index) * rtvStride;
-        const D3D12_RESOURCE_BARRIER toTarget = LxD3D12Test::TransitionBarrier(
+        const D3D12_RESOURCE_BARRIER toTarget = LxD3D12TransitionBarrier(
             buffers[index].Get(), D3D12_RESOURCE_STATE_PRESENT, D3D12_RESOURCE_STATE_RENDER_TARGET);
         list->ResourceBarrier(1, &toTarget);
         const float clear[4] = {float(frame) / kFrames, 0.3f, 0.6f, 1.0f};
         list->ClearRenderTargetView(rtv, clear, 0, nullptr);
-        const D3D12_RESOURCE_BARRIER toPresent = LxD3D12Test::TransitionBarrier(
+        const D3D12_RESOURCE_BARRIER toPresent = LxD3D12TransitionBarrier(
             buffers[index].Get(), D3D12_RESOURCE_STATE_RENDER_TARGET, D3D12_RESOURCE_STATE_PRESENT);
         list->ResourceBarrier(1, &toPresent);
         ASSERT_HRESULT_SUCCEEDED(list->Close());

@@ -4,6 +4,8 @@
 // Not thread-safe: the shared context belongs to the test thread.
 #pragma once
 
+#include "RenderManager/D3D12/LxD3D12Barriers.h"
+
 #include <d3d12.h>
 #include <d3dcompiler.h>
 #include <dxgi1_4.h>
@@ -20,8 +22,6 @@ using Microsoft::WRL::ComPtr;
 // "0x887A0005" style text for assertion messages.
 std::string HrText(HRESULT hr);
 
-D3D12_RESOURCE_BARRIER TransitionBarrier(ID3D12Resource* resource, D3D12_RESOURCE_STATES before,
-                                         D3D12_RESOURCE_STATES after);
 // A committed buffer in the given heap (upload buffers start in GENERIC_READ, readback ones in COPY_DEST).
 ComPtr<ID3D12Resource> CreateBuffer(ID3D12Device* device, D3D12_HEAP_TYPE type, UINT64 size);
 // A committed one-level 2D texture in the default heap, created in `state` with `clear` as its optimised clear value.

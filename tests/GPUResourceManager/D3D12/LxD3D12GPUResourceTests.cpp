@@ -361,8 +361,7 @@ TEST_F(D3D12ResourceManager, BlockCompressedLevelsArriveByteForByte)
         LxMutex::ScopedLock lock(Manager()->GetImmediateLock());
         ID3D12GraphicsCommandList* list = Manager()->BeginImmediate();
         const D3D12_RESOURCE_STATES state = static_cast<LxD3D12Texture2DArray*>(texture.Get())->GetD3D12State();
-        D3D12_RESOURCE_BARRIER barrier =
-            LxD3D12Test::TransitionBarrier(resource, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
+        D3D12_RESOURCE_BARRIER barrier = LxD3D12TransitionBarrier(resource, state, D3D12_RESOURCE_STATE_COPY_SOURCE);
         list->ResourceBarrier(1, &barrier);
         for (UINT i = 0; i < 3; ++i)
         {
@@ -372,7 +371,7 @@ TEST_F(D3D12ResourceManager, BlockCompressedLevelsArriveByteForByte)
             src.SubresourceIndex = i;
             list->CopyTextureRegion(&dst, 0, 0, 0, &src, nullptr);
         }
-        barrier = LxD3D12Test::TransitionBarrier(resource, D3D12_RESOURCE_STATE_COPY_SOURCE, state);
+        barrier = LxD3D12TransitionBarrier(resource, D3D12_RESOURCE_STATE_COPY_SOURCE, state);
         list->ResourceBarrier(1, &barrier);
         ASSERT_TRUE(Manager()->ExecuteImmediate());
     }
@@ -586,8 +585,8 @@ TEST_F(D3D12ResourceManager, UploadRingWrapsAcrossRealFramesWithoutOverwritingFr
     ASSERT_TRUE(readback.Create(device, written));
     ASSERT_HRESULT_SUCCEEDED(allocators[0]->Reset());
     ASSERT_HRESULT_SUCCEEDED(list->Reset(allocators[0].Get(), nullptr));
-    const D3D12_RESOURCE_BARRIER barrier = LxD3D12Test::TransitionBarrier(
-        destination.Get(), D3D12_RESOURCE_STATE_COPY_DEST, D3D12_RESOURCE_STATE_COPY_SOURCE);
+    const D3D12_RESOURCE_BARRIER barrier =
+        LxD3D12TransitionBarrier(destination.Get(), D3D12_RESOURCE_STATE_COPY_DEST, D3D12_RESOURCE_STATE_COPY_SOURCE);
     list->ResourceBarrier(1, &barrier);
     list->CopyBufferRegion(readback.GetResource(), 0, destination.Get(), 0, written);
     ASSERT_HRESULT_SUCCEEDED(list->Close());

@@ -475,15 +475,15 @@ TEST_F(D3D12RenderManagerTest, IndirectDrawAndDispatchThroughCommandSignatures)
     s_rm->DrawInstancedIndirect(LxRenderManager::PRIM_TRIANGLE_LIST, args.Get(), 0);
     ID3D12GraphicsCommandList* list = s_rm->GetCurrentD3D12CommandList();
     list->CopyBufferRegion(out.Get(), 0, zeros.Get(), 0, 256);
-    const D3D12_RESOURCE_BARRIER toUav = LxD3D12Test::TransitionBarrier(out.Get(), D3D12_RESOURCE_STATE_COPY_DEST,
-                                                                        D3D12_RESOURCE_STATE_UNORDERED_ACCESS);
+    const D3D12_RESOURCE_BARRIER toUav =
+        LxD3D12TransitionBarrier(out.Get(), D3D12_RESOURCE_STATE_COPY_DEST, D3D12_RESOURCE_STATE_UNORDERED_ACCESS);
     list->ResourceBarrier(1, &toUav);
     list->SetPipelineState(s_compute.Get());
     list->SetComputeRootSignature(s_computeRoot.Get());
     list->SetComputeRootUnorderedAccessView(0, out->GetGPUVirtualAddress());
     s_rm->DispatchIndirect(args.Get(), 64);
-    const D3D12_RESOURCE_BARRIER toCopy = LxD3D12Test::TransitionBarrier(
-        out.Get(), D3D12_RESOURCE_STATE_UNORDERED_ACCESS, D3D12_RESOURCE_STATE_COPY_SOURCE);
+    const D3D12_RESOURCE_BARRIER toCopy =
+        LxD3D12TransitionBarrier(out.Get(), D3D12_RESOURCE_STATE_UNORDERED_ACCESS, D3D12_RESOURCE_STATE_COPY_SOURCE);
     list->ResourceBarrier(1, &toCopy);
     list->CopyBufferRegion(readback.Get(), 0, out.Get(), 0, 256);
     EXPECT_EQ(s_rm->GetFrameStats().GetValue(LX_FRAME_STAT_NON_INDEXED_DRAWS), 1u);
