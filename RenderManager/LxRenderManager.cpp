@@ -530,7 +530,7 @@ LxFence* LxRenderManager::CreateFence(unsigned long long)
     return nullptr;
 }
 
-int LxRenderManager::CreateGPUTimer(const char*)
+int LxRenderManager::CreateGPUTimer(const LxString&)
 {
     ReportNotImplemented("LxRenderManager::CreateGPUTimer");
     return -1;

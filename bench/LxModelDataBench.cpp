@@ -50,7 +50,8 @@ const std::string& ModelZip()
     static std::string path;
     if (!path.empty())
         return path;
-    path = (std::filesystem::temp_directory_path() / ("lumex-model-bench-" + std::to_string(std::random_device{}()) + ".zip"))
+    path = (std::filesystem::temp_directory_path() /
+            ("lumex-model-bench-" + std::to_string(std::random_device{}()) + ".zip"))
                .string();
     std::mt19937 rng(11);
     std::uniform_real_distribution<float> noise(-0.001f, 0.001f);

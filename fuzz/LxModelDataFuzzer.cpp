@@ -107,7 +107,10 @@ public:
     }
     using LxFile::Write;
     bool Seek(long, SeekOrigin) override { return false; }
-    unsigned int GetSize() const override { return static_cast<unsigned int>(m_pData ? m_pData->size() : m_written.size()); }
+    unsigned int GetSize() const override
+    {
+        return static_cast<unsigned int>(m_pData ? m_pData->size() : m_written.size());
+    }
     bool Flush() override { return m_bOpen; }
 
 private:

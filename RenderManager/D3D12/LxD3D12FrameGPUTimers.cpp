@@ -67,7 +67,7 @@ void LxD3D12FrameGPUTimers::Release()
     m_results.framesMeasured = 0;
 }
 
-int LxD3D12FrameGPUTimers::CreateTimer(const char* name)
+int LxD3D12FrameGPUTimers::CreateTimer(const LxString& name)
 {
     const int handle = m_nCount.fetch_add(1);
     if (handle >= static_cast<int>(m_nCapacity))
@@ -76,7 +76,7 @@ int LxD3D12FrameGPUTimers::CreateTimer(const char* name)
         return -1;
     }
     LxGPUTimerResult result;
-    result.name = name ? name : "";
+    result.name = name;
     m_results.timers.Add(result);
     return handle;
 }

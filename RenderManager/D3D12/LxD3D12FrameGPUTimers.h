@@ -28,7 +28,7 @@ public:
     void Release();
 
     // The next free handle, or -1 when the table is full.
-    int CreateTimer(const char* name);
+    int CreateTimer(const LxString& name);
     void StartTimer(ID3D12GraphicsCommandList* list, unsigned slot, int timer);
     // Logs "LxD3D12FrameGPUTimers::StopTimer timer not yet started" without a start in this frame.
     void StopTimer(ID3D12GraphicsCommandList* list, unsigned slot, int timer);

@@ -1263,7 +1263,7 @@ bool LxD3D12RenderManager::CreateIndirectCommandSignature()
 
 // --- GPU timers ------------------------------------------------------------------------------------------------------
 
-int LxD3D12RenderManager::CreateGPUTimer(const char* name)
+int LxD3D12RenderManager::CreateGPUTimer(const LxString& name)
 {
     return m_pImpl->timersAvailable ? m_pImpl->timers.CreateTimer(name) : -1;
 }

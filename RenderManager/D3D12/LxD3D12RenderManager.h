@@ -162,7 +162,7 @@ public:
     bool CreateIndirectCommandSignature() override;
     void DrawInstancedIndirect(PrimType type, LxGPUBuffer* args, unsigned offset) override;
     void DrawIndexedInstancedIndirect(PrimType type, LxGPUBuffer* args, unsigned offset) override;
-    int CreateGPUTimer(const char* name) override;
+    int CreateGPUTimer(const LxString& name) override;
     void StartGPUTimer(int timer) override;
     void StopGPUTimer(int timer) override;
     const LxGPUTimerResults& GetGPUTimerResults() override;

@@ -159,7 +159,7 @@ public:
 
     // --- synchronisation and queries ------------------------------------------------------------------------------
     virtual LxFence* CreateFence(unsigned long long initialValue);
-    virtual int CreateGPUTimer(const char* name);
+    virtual int CreateGPUTimer(const LxString& name);
     virtual void StartGPUTimer(int timer);
     virtual void StopGPUTimer(int timer);
     virtual const LxGPUTimerResults& GetGPUTimerResults();
