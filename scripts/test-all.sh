@@ -26,7 +26,11 @@ for lane in $LANES; do
   if ! cmake --preset "$lane" >"$log" 2>&1; then
     cat "$log"; result[$lane]="configure failed"; failed=1; rm -f "$log"; continue
   fi
-  if ! cmake --build --preset "$lane" >"$log" 2>&1; then
+  lane_start=$(date +%s)
+  # The ThreadSanitizer lane runs only the executables labelled "tsan": build just those.
+  targets=()
+  [ "$lane" = native-tsan ] && targets=(--target lumex-tsan-tests)
+  if ! cmake --build --preset "$lane" "${targets[@]}" >"$log" 2>&1; then
     tail -n 60 "$log"; result[$lane]="build failed"; failed=1; rm -f "$log"; continue
   fi
   rm -f "$log"
@@ -35,6 +39,7 @@ for lane in $LANES; do
   if [ -z "$line" ]; then result[$lane]="no test results"; failed=1
   elif ! echo "$line" | grep -q '^100% tests passed'; then result[$lane]="$line"; failed=1
   else result[$lane]="$line"; fi
+  result[$lane]="${result[$lane]} ($(( $(date +%s) - lane_start )) s)"
 done
 
 # Extra checks that are not CTest lanes (fuzz smoke runs and the like) register here.
@@ -43,7 +48,10 @@ for check in scripts/checks/*.sh; do
   name=$(basename "$check" .sh)
   order+=("$name")
   echo "=== check $name ==="
+  check_start=$(date +%s)
   if bash "$check"; then result[$name]="passed"; else result[$name]="FAILED"; failed=1; fi
+  result[$name]="${result[$name]} ($(( $(date +%s) - check_start )) s)"
+
 done
 
 echo

@@ -421,7 +421,7 @@ TEST_F(LxEffectManagerTest, OverrideTechniquesAreNamedSelectedAndApplied)
 
 namespace
 {
-class ConstantHandler : public LxUpdateHandler
+class ConstantIntHandler : public LxUpdateHandler
 {
 public:
     void Update(LxEffectParameter&, void* data, unsigned int) override { *static_cast<int*>(data) = 77; }
@@ -435,7 +435,7 @@ public:
     {
         seen =
             std::string(name.c_str()) + " " + LxEffectParameter::DataTypeToString(type) + " " + std::to_string(count);
-        return LxCountedPtr<LxUpdateHandler>(new ConstantHandler());
+        return LxCountedPtr<LxUpdateHandler>(new ConstantIntHandler());
     }
     std::string seen;
 };
