@@ -45,7 +45,7 @@ struct Heard
     unsigned buttons;
 };
 
-class Recorder : public LxInputListener
+class Win32Recorder : public LxInputListener
 {
 public:
     void KeyPressed(LxKeyEvent& e) override { Key("pressed", e); }
@@ -118,7 +118,7 @@ protected:
 
     TestWin32WindowManager wm;
     HWND hwnd = nullptr;
-    Recorder recorder;
+    Win32Recorder recorder;
     QuitAtFirstFrame quit;
 };
 
@@ -238,7 +238,7 @@ TEST_F(Win32WindowTest, MouseMovesReportOnlyExactButtonStates)
 
 TEST_F(Win32WindowTest, HandledEventsStopAndDuplicateListenersHearOnce)
 {
-    Recorder second;
+    Win32Recorder second;
     wm.AddInputListener(&second);
     wm.AddInputListener(&recorder); // already there
     PostMessageA(hwnd, WM_KEYDOWN, VK_SPACE, 0);
@@ -266,7 +266,7 @@ TEST_F(Win32WindowTest, FrameLoopRendersWhenTheQueueIsEmpty)
             if (seenKeys.size() == 5)
                 PostQuitMessage(7);
         }
-        Recorder* recorder = nullptr;
+        Win32Recorder* recorder = nullptr;
         std::vector<size_t> seenKeys;
     } frames;
     frames.recorder = &recorder;
