@@ -1,0 +1,319 @@
+#include "ObjectManager/LxParticleGroup.h"
+
+#include "Common/LxLogManager.h"
+#include "EffectManager/LxEffectManager.h"
+#include "GPUResourceManager/LxGPUResourceManager.h"
+#include "ObjectManager/LxCameraManager.h"
+#include "ObjectManager/LxKeyframeCurve.h"
+#include "ObjectManager/LxObjectManager.h"
+#include "ParticleSystem/LxParticleAnimationSet.h"
+#include "ParticleSystem/LxParticleBuilder.h"
+#include "ParticleSystem/LxParticleGroupDesc.h"
+#include "ParticleSystem/LxParticleGroupLoader.h"
+#include "ParticleSystem/LxParticleKeyFrameChannel.h"
+#include "ParticleSystem/LxParticleSystemDesc.h"
+#include "RenderManager/include/LxRenderManager.h"
+
+#include <cstdint>
+#include <cstring>
+
+namespace
+{
+const float kMaxStep = 0.25f;
+const float kWarmUpStep = 1.0f / 30.0f;
+
+// The group's animation set as the particle builder sees it: channels become float keyframe curves.
+class CurveSetAdapter : public LxParticleAnimationSet
+{
+public:
+    explicit CurveSetAdapter(LxAnimationSet& set) : m_set(set) {}
+    bool HasCurve(const LxString& name) const override { return m_set.GetCurve(name) != nullptr; }
+    bool AddCurve(const LxString& name, const LxParticleKeyFrameChannel& channel) override
+    {
+        LxKeyframeCurve* curve = new LxKeyframeCurve(LxAnimationCurve::DATA_FLOAT);
+        LxCountedPtr<LxAnimationCurve> shared(curve);
+        for (unsigned int i = 0; i < channel.GetKeyCount(); ++i)
+            if (!curve->AddKey(channel.GetKeyTime(i), channel.GetKeyValue(i)))
+                return false;
+        m_set.RemoveCurve(name);
+        return m_set.AddCurve(name, shared);
+    }
+
+private:
+    LxAnimationSet& m_set;
+};
+
+// Loads each system's effect through the effect manager while the file is built.
+class EffectLoadingBuilder : public LxParticleBuilder
+{
+public:
+    bool LoadShader(const LxString& effectFile) override
+    {
+        if (effectFile.IsEmpty())
+            return false;
+        LxCountedPtr<LxEffect> effect = LxEffectManager::GetRef().LoadEffect(effectFile);
+        if (!effect)
+            return false;
+        for (const Loaded& l : loaded)
+            if (l.file == effectFile)
+                return true;
+        loaded.Add(Loaded{effectFile, effect});
+        return true;
+    }
+    LxCountedPtr<LxEffect> Find(const LxString& file) const
+    {
+        for (const Loaded& l : loaded)
+            if (l.file == file)
+                return l.effect;
+        return LxCountedPtr<LxEffect>();
+    }
+
+    struct Loaded
+    {
+        LxString file;
+        LxCountedPtr<LxEffect> effect;
+    };
+    LxArray<Loaded> loaded;
+};
+} // namespace
+
+LxParticleGroup::LxParticleGroup(const LxString& name) : LxObject(name) {}
+
+LxParticleGroup::~LxParticleGroup()
+{
+    DeleteSystems();
+    delete m_pDesc;
+}
+
+LxParticleGroup* LxParticleGroup::Create(const LxString& name, const LxString& path, const LxAnimationSet* animations)
+{
+    LxParticleGroup* group = new LxParticleGroup(name);
+    if (animations)
+        group->m_animations.AddCurvesFromSet(*animations);
+    LxParticleGroupDesc* desc = nullptr;
+    LxArray<LxCountedPtr<LxEffect>> effects;
+    if (!group->Load(path, group->m_animations, &desc, effects))
+    {
+        delete group;
+        return nullptr;
+    }
+    group->Adopt(desc, effects);
+    return group;
+}
+
+bool LxParticleGroup::Load(const LxString& path, LxAnimationSet& animations, LxParticleGroupDesc** desc,
+                           LxArray<LxCountedPtr<LxEffect>>& effects) const
+{
+    CurveSetAdapter adapter(animations);
+    EffectLoadingBuilder builder;
+    builder.SetAnimationSet(&adapter);
+    LxParticleGroupDesc* loaded = LxParticleGroupLoader::Load(path, builder);
+    if (!loaded)
+        return false;
+    for (unsigned int i = 0; i < loaded->GetSystemCount(); ++i)
+        effects.Add(builder.Find(loaded->GetSystem(i).GetEffectFile()));
+    *desc = loaded;
+    return true;
+}
+
+void LxParticleGroup::Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPtr<LxEffect>>& effects)
+{
+    DeleteSystems();
+    delete m_pDesc;
+    m_pDesc = desc;
+    for (unsigned int i = 0; i < desc->GetSystemCount(); ++i)
+    {
+        System s;
+        s.simulator = new LxParticleSimulator(desc->GetSystem(i), m_nSeed + i);
+        s.effect = effects[i];
+        s.bufferCapacity = 0;
+        s.framesSkipped = 0;
+        s.pendingTime = 0.0f;
+        s.stepsSinceBounds = 0;
+        m_systems.Add(s);
+    }
+    m_bHaveTime = false;
+    RefreshBounds();
+}
+
+void LxParticleGroup::DeleteSystems()
+{
+    for (System& s : m_systems)
+        delete s.simulator;
+    m_systems.Clear();
+}
+
+void LxParticleGroup::Restart()
+{
+    for (unsigned int i = 0; i < m_systems.GetCount(); ++i)
+    {
+        System& s = m_systems[i];
+        s.simulator->Reset(m_nSeed + i);
+        s.framesSkipped = 0;
+        s.pendingTime = 0.0f;
+        s.stepsSinceBounds = 0;
+        s.bounds.SetEmpty();
+    }
+    m_bHaveTime = false;
+    RefreshBounds();
+}
+
+bool LxParticleGroup::Reload(const LxString& path)
+{
+    LxAnimationSet animations;
+    animations.AddCurvesFromSet(m_animations);
+    LxParticleGroupDesc* desc = nullptr;
+    LxArray<LxCountedPtr<LxEffect>> effects;
+    if (!Load(path, animations, &desc, effects))
+        return false;
+    m_animations.Clear();
+    m_animations.AddCurvesFromSet(animations);
+    Adopt(desc, effects);
+    NotifyListenersOfReload();
+    return true;
+}
+
+bool LxParticleGroup::GetWorldTransform(LxMatrix4* out) const
+{
+    *out = m_world;
+    return true;
+}
+
+bool LxParticleGroup::SetVisible(bool visible)
+{
+    m_bVisible = visible;
+    return true;
+}
+
+void LxParticleGroup::StepSystem(System& s, float dt)
+{
+    const LxParticleSystemDesc& desc = s.simulator->GetDesc();
+    s.pendingTime += dt;
+    if (s.framesSkipped < desc.GetSimulationSkip())
+    {
+        ++s.framesSkipped;
+        return;
+    }
+    s.framesSkipped = 0;
+    s.simulator->Step(s.pendingTime > kMaxStep ? kMaxStep : s.pendingTime);
+    s.pendingTime = 0.0f;
+    if (s.stepsSinceBounds++ >=
+        static_cast<unsigned int>(desc.GetBoundingBoxSkip() > 0 ? desc.GetBoundingBoxSkip() : 0))
+    {
+        s.stepsSinceBounds = 0;
+        s.bounds = s.simulator->ComputeBounds();
+    }
+}
+
+void LxParticleGroup::RefreshBounds()
+{
+    LxBoundingBox box;
+    for (const System& s : m_systems)
+        if (!s.bounds.IsEmpty())
+            box.AddBox(s.bounds);
+    SetBoundingVolume(box);
+}
+
+void LxParticleGroup::UpdateObject(double time)
+{
+    if (!m_bHaveTime)
+    {
+        m_bHaveTime = true;
+        for (System& s : m_systems)
+        {
+            for (float t = 0.0f; t + 0.5f * kWarmUpStep < s.simulator->GetDesc().GetWarmUp(); t += kWarmUpStep)
+                s.simulator->Step(kWarmUpStep);
+            s.bounds = s.simulator->ComputeBounds();
+        }
+    }
+    else
+    {
+        double dt = time - m_lastTime;
+        if (dt > kMaxStep)
+            dt = kMaxStep;
+        if (dt > 0.0)
+            for (System& s : m_systems)
+                StepSystem(s, static_cast<float>(dt));
+    }
+    m_lastTime = time;
+    RefreshBounds();
+    NotifyListenersOfUpdate(time);
+}
+
+bool LxParticleGroup::Draw(const LxFrustum* cullFrustum)
+{
+    if (!m_bVisible || (cullFrustum && !IntersectsFrustum(*cullFrustum)))
+        return false;
+    // Camera axes, brought into the group's space.
+    LxVector3 right(1, 0, 0), up(0, 1, 0);
+    if (LxCameraManager* cameras = LxCameraManager::GetExistingPtr())
+        if (const LxCamera* camera = cameras->GetActiveCamera())
+        {
+            right = camera->GetRight();
+            up = camera->GetUp();
+        }
+    LxMatrix4 inverse;
+    if (m_world.Inverse(&inverse))
+    {
+        right = inverse.TransformVector(right).Normalized();
+        up = inverse.TransformVector(up).Normalized();
+    }
+    LxObjectManager& objects = LxObjectManager::GetRef();
+    LxObject* previous = objects.GetObjectBeingDrawn();
+    objects.SetObjectBeingDrawn(this);
+    bool drew = false;
+    for (System& s : m_systems)
+        drew = DrawSystem(s, right, up) || drew;
+    objects.SetObjectBeingDrawn(previous);
+    return drew;
+}
+
+bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVector3& up)
+{
+    s.vertices.Clear();
+    s.simulator->BuildBillboards(right, up, s.vertices);
+    if (s.vertices.IsEmpty() || !s.effect)
+        return false;
+    LxEffect& effect = *s.effect;
+    const unsigned int count = s.vertices.GetCount();
+    if (count > s.bufferCapacity)
+    {
+        // Grown by half again so that a growing system does not make a buffer every frame.
+        const unsigned int capacity = count + count / 2;
+        s.buffer = LxGPUResourceManager::GetRef().CreateResourceVertex(
+            LxGPUResource::GPU_RESOURCE_DYNAMIC, sizeof(LxParticleSimulator::Vertex), capacity,
+            LxCountedPtr<LxMemoryBuffer>(), LxGPUResource::BIND_VERTEX_BUFFER, LxGPUResource::CPU_ACCESS_WRITE);
+        s.bufferCapacity = s.buffer ? capacity : 0;
+    }
+    if (s.buffer)
+    {
+        if (const unsigned long long address = s.buffer->Map(LxGPUResource::MAP_WRITE_DISCARD))
+        {
+            std::memcpy(reinterpret_cast<void*>(static_cast<uintptr_t>(address)), s.vertices.GetData(),
+                        count * sizeof(LxParticleSimulator::Vertex));
+            s.buffer->Unmap();
+        }
+    }
+    if (effect.GetNumVertexStreamDecls() > 0)
+        effect.BindVertexBuffer(effect.GetVertexStreamDecl(0u), s.buffer);
+    LxEffectTechnique* technique = effect.FindTechnique(0);
+    unsigned int passes = 0;
+    if (!technique || !effect.Begin(technique, &passes))
+        return false;
+    LxRenderManager& renderer = LxRenderManager::GetRef();
+    LxObjectManager& objects = LxObjectManager::GetRef();
+    bool drew = true;
+    for (unsigned int p = 0; p < passes; ++p)
+    {
+        if (!effect.BeginPass(p))
+        {
+            drew = false;
+            continue;
+        }
+        renderer.DrawNonIndexed(LxRenderManager::PRIM_TRIANGLE_LIST, count, 0);
+        objects.TrackDraw(*this, false, LxRenderManager::PRIM_TRIANGLE_LIST);
+        effect.EndPass();
+    }
+    effect.End();
+    return drew;
+}

@@ -1,0 +1,522 @@
+#include "ParticleSystem/LxParticleSimulator.h"
+
+#include "Common/LxLogManager.h"
+#include "Common/LxPoint3.h"
+#include "Common/LxQuat.h"
+#include "ParticleSystem/LxParticleDomain.h"
+#include "ParticleSystem/LxParticleElementDesc.h"
+#include "ParticleSystem/LxParticleParameter.h"
+#include "ParticleSystem/LxParticleSystemDesc.h"
+
+#include <cmath>
+
+namespace
+{
+const float kPi = 3.14159265f;
+
+LxMatrix4 MakeElementTransform(const LxParticleTransform& t)
+{
+    const LxVector3 r = t.GetRotation() * (kPi / 180.0f);
+    LxMatrix4 translate, rx, ry, rz, scale;
+    translate.MakeTranslation(t.GetTranslation());
+    rx.MakeFromAxisAngle(LxVector3(1, 0, 0), r.x);
+    ry.MakeFromAxisAngle(LxVector3(0, 1, 0), r.y);
+    rz.MakeFromAxisAngle(LxVector3(0, 0, 1), r.z);
+    const LxVector3 s = t.GetScale();
+    scale.MakeScaling(s.x, s.y, s.z);
+    return translate * rz * ry * rx * scale;
+}
+
+// A unit vector perpendicular to `n` (n not zero).
+LxVector3 Perpendicular(const LxVector3& n)
+{
+    const LxVector3 other = std::fabs(n.x) < 0.9f ? LxVector3(1, 0, 0) : LxVector3(0, 1, 0);
+    return n.Cross(other).Normalized();
+}
+
+LxVector3 DomainCenter(const LxParticleDomain& shape)
+{
+    switch (shape.GetType())
+    {
+    case LX_PARTICLE_DOMAIN_POINT:
+    case LX_PARTICLE_DOMAIN_SPHERE:
+    case LX_PARTICLE_DOMAIN_DISC:
+        return shape.GetVector3("Center");
+    case LX_PARTICLE_DOMAIN_LINE:
+    case LX_PARTICLE_DOMAIN_CYLINDER:
+        return (shape.GetVector3("Start") + shape.GetVector3("End")) * 0.5f;
+    case LX_PARTICLE_DOMAIN_TRIANGLE:
+        return (shape.GetVector3("Point0") + shape.GetVector3("Point1") + shape.GetVector3("Point2")) / 3.0f;
+    case LX_PARTICLE_DOMAIN_PLANE:
+        return shape.GetVector3("Point");
+    case LX_PARTICLE_DOMAIN_RECTANGLE:
+        return shape.GetVector3("Corner") + (shape.GetVector3("U") + shape.GetVector3("V")) * 0.5f;
+    case LX_PARTICLE_DOMAIN_BOX:
+        return (shape.GetVector3("Min") + shape.GetVector3("Max")) * 0.5f;
+    case LX_PARTICLE_DOMAIN_CONE:
+        return shape.GetVector3("Apex");
+    default:
+        return LxVector3();
+    }
+}
+
+bool IsSimulated(LxParticleActionKind kind)
+{
+    switch (kind)
+    {
+    case LX_PARTICLE_KIND_CONST_ACCEL:
+    case LX_PARTICLE_KIND_ORBIT_POINT:
+    case LX_PARTICLE_KIND_ORBIT_LINE:
+    case LX_PARTICLE_KIND_VORTEX:
+    case LX_PARTICLE_KIND_COLLIDER_KILL:
+    case LX_PARTICLE_KIND_LIFE_LERP:
+        return true;
+    default:
+        return false;
+    }
+}
+
+float ValueOr(const LxParticleElementDesc& e, const char* name, float fallback)
+{
+    const LxParticleValue* v = e.FindValue(name);
+    return v ? v->GetFloat() : fallback;
+}
+
+// A fixed parameter's component, or the value of that name, or the fallback (actions read their constants so).
+float ConstantOr(const LxParticleElementDesc& e, const char* name, unsigned int component, float fallback)
+{
+    if (const LxParticleParameter* p = e.FindParameter(name))
+        return component < p->GetComponentCount() ? p->GetFixed(component) : fallback;
+    return ValueOr(e, name, fallback);
+}
+
+LxVector3 VectorOr(const LxParticleElementDesc& e, const char* name, const LxVector3& fallback)
+{
+    const LxParticleParameter* p = e.FindParameter(name);
+    if (!p || p->GetComponentCount() < 3)
+        return fallback;
+    return LxVector3(p->GetFixed(0), p->GetFixed(1), p->GetFixed(2));
+}
+} // namespace
+
+LxParticleSimulator::LxParticleSimulator(const LxParticleSystemDesc& desc, unsigned int seed) : m_desc(desc)
+{
+    for (unsigned int i = 0; i < desc.GetEmitterCount(); ++i)
+    {
+        const LxParticleElementDesc& e = desc.GetEmitter(i);
+        Emitter emitter;
+        emitter.desc = &e;
+        emitter.pending = 0.0f;
+        emitter.alive = 0;
+        const LxParticleValue* max = e.FindValue("MaxParticles");
+        emitter.maxParticles = max && max->GetInt() > 0 ? static_cast<unsigned int>(max->GetInt()) : 1000u;
+        const LxParticleValue* loop = e.FindValue("Loop");
+        emitter.loop = loop ? loop->GetBool() : true;
+        emitter.duration = ValueOr(e, "Duration", 0.0f);
+        emitter.hasTransform = e.HasTransform() && e.GetTransform().GetType() == LX_PARTICLE_TRANSFORM_WORLD;
+        if (emitter.hasTransform)
+            emitter.transform = MakeElementTransform(e.GetTransform());
+        m_emitters.Add(emitter);
+    }
+    for (unsigned int i = 0; i < desc.GetActionCount(); ++i)
+        if (!IsSimulated(desc.GetAction(i).GetKind()))
+            LX_WARNING("LxParticleSimulator.  Action %s (%s) of particle system %s is not simulated; it is ignored",
+                       desc.GetAction(i).GetName().c_str(), desc.GetAction(i).GetKindDisplayName(),
+                       desc.GetName().c_str());
+    Reset(seed);
+}
+
+void LxParticleSimulator::Reset(unsigned int seed)
+{
+    m_particles.Clear();
+    m_random.init_genrand(seed);
+    m_fTime = 0.0f;
+    for (Emitter& e : m_emitters)
+    {
+        e.pending = 0.0f;
+        e.alive = 0;
+    }
+}
+
+float LxParticleSimulator::Sample(const LxParticleParameter* p, unsigned int component, float time, float fallback)
+{
+    if (!p)
+        return fallback;
+    if (component >= p->GetComponentCount())
+        component = p->GetComponentCount() ? p->GetComponentCount() - 1 : 0;
+    switch (p->GetKind())
+    {
+    case LX_PARTICLE_PARAM_FIXED:
+        return p->GetFixed(component);
+    case LX_PARTICLE_PARAM_RANDOM:
+    {
+        const float lo = p->GetMinimum(component);
+        return lo + (p->GetMaximum(component) - lo) * Random();
+    }
+    case LX_PARTICLE_PARAM_NON_UNIFORM_RANDOM:
+    {
+        const float lo = p->GetMinimum(component);
+        return lo + (p->GetMaximum(component) - lo) * std::pow(Random(), p->GetExponent(component));
+    }
+    case LX_PARTICLE_PARAM_KEYFRAME:
+    {
+        const LxParticleKeyFrameChannel* c = p->GetComponentChannel(component);
+        return c ? c->Evaluate(time) : fallback;
+    }
+    case LX_PARTICLE_PARAM_KEYFRAMED_NON_UNIFORM:
+    {
+        const LxParticleKeyFrameChannel* lo = p->GetComponentChannel(component, 0);
+        const LxParticleKeyFrameChannel* hi = p->GetComponentChannel(component, 1);
+        const LxParticleKeyFrameChannel* ex = p->GetComponentChannel(component, 2);
+        if (!lo || !hi || !ex)
+            return fallback;
+        const float a = lo->Evaluate(time);
+        return a + (hi->Evaluate(time) - a) * std::pow(Random(), ex->Evaluate(time));
+    }
+    default:
+        return fallback;
+    }
+}
+
+LxVector3 LxParticleSimulator::SamplePoint(const LxParticleDomain& shape)
+{
+    const bool surface = shape.GetBool("Surface");
+    switch (shape.GetType())
+    {
+    case LX_PARTICLE_DOMAIN_POINT:
+        return shape.GetVector3("Center");
+    case LX_PARTICLE_DOMAIN_LINE:
+    {
+        const LxVector3 a = shape.GetVector3("Start");
+        return a + (shape.GetVector3("End") - a) * Random();
+    }
+    case LX_PARTICLE_DOMAIN_TRIANGLE:
+    {
+        float u = Random(), v = Random();
+        if (u + v > 1.0f)
+        {
+            u = 1.0f - u;
+            v = 1.0f - v;
+        }
+        const LxVector3 p0 = shape.GetVector3("Point0");
+        return p0 + (shape.GetVector3("Point1") - p0) * u + (shape.GetVector3("Point2") - p0) * v;
+    }
+    case LX_PARTICLE_DOMAIN_PLANE:
+        return shape.GetVector3("Point");
+    case LX_PARTICLE_DOMAIN_RECTANGLE:
+    {
+        const float u = Random(), v = Random();
+        return shape.GetVector3("Corner") + shape.GetVector3("U") * u + shape.GetVector3("V") * v;
+    }
+    case LX_PARTICLE_DOMAIN_BOX:
+    {
+        const LxVector3 lo = shape.GetVector3("Min"), hi = shape.GetVector3("Max");
+        LxVector3 p(Random(), Random(), Random());
+        if (surface)
+        {
+            // Push one axis (picked at random) onto a face.
+            const unsigned int axis = m_random.genrand_int32() % 3;
+            p[axis] = Random() < 0.5f ? 0.0f : 1.0f;
+        }
+        const LxVector3 center = (lo + hi) * 0.5f;
+        const LxVector3 local = lo + (hi - lo) * p - center;
+        const LxVector4 q = shape.GetVector4("Orientation");
+        LxQuat rotation(q.x, q.y, q.z, q.w);
+        if (rotation.w == 0.0f && rotation.x == 0.0f && rotation.y == 0.0f && rotation.z == 0.0f)
+            rotation = LxQuat();
+        return center + rotation.Rotate(local);
+    }
+    case LX_PARTICLE_DOMAIN_SPHERE:
+    {
+        LxVector3 dir;
+        do
+            dir = LxVector3(Random() * 2.0f - 1.0f, Random() * 2.0f - 1.0f, Random() * 2.0f - 1.0f);
+        while (dir.SquaredLength() > 1.0f || dir.SquaredLength() < 1e-6f);
+        dir.Normalize();
+        const float outer = shape.GetFloat("Radius"), inner = shape.GetFloat("InnerRadius");
+        const float r = surface ? outer : inner + (outer - inner) * std::cbrt(Random());
+        return shape.GetVector3("Center") + dir * r;
+    }
+    case LX_PARTICLE_DOMAIN_DISC:
+    case LX_PARTICLE_DOMAIN_CYLINDER:
+    case LX_PARTICLE_DOMAIN_CONE:
+    {
+        LxVector3 base, axis;
+        if (shape.GetType() == LX_PARTICLE_DOMAIN_DISC)
+        {
+            base = shape.GetVector3("Center");
+            axis = shape.GetVector3("Normal");
+        }
+        else if (shape.GetType() == LX_PARTICLE_DOMAIN_CYLINDER)
+        {
+            base = shape.GetVector3("Start");
+            axis = shape.GetVector3("End") - base;
+        }
+        else
+        {
+            base = shape.GetVector3("Apex");
+            axis = shape.GetVector3("Base") - base;
+        }
+        if (axis.SquaredLength() < 1e-12f)
+            axis = LxVector3(0, 1, 0);
+        const LxVector3 n = axis.Normalized();
+        const LxVector3 u = Perpendicular(n), v = n.Cross(u);
+        const float angle = Random() * 2.0f * kPi;
+        const float outer = shape.GetFloat("Radius"), inner = shape.GetFloat("InnerRadius");
+        float r = surface ? outer : std::sqrt(inner * inner + (outer * outer - inner * inner) * Random());
+        float along = 0.0f;
+        if (shape.GetType() != LX_PARTICLE_DOMAIN_DISC)
+        {
+            along = Random();
+            if (shape.GetType() == LX_PARTICLE_DOMAIN_CONE)
+                r *= along; // the cone widens from its apex
+        }
+        const LxVector3 offset = shape.GetType() == LX_PARTICLE_DOMAIN_DISC ? LxVector3() : axis * along;
+        return base + offset + (u * std::cos(angle) + v * std::sin(angle)) * r;
+    }
+    default:
+        return LxVector3();
+    }
+}
+
+void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t)
+{
+    const LxParticleElementDesc& e = *emitter.desc;
+    Particle p;
+    const LxVector3 local = e.HasShape() ? SamplePoint(e.GetShape()) : LxVector3();
+    LxVector3 velocity(Sample(e.FindParameter("Velocity"), 0, t, 0.0f), Sample(e.FindParameter("Velocity"), 1, t, 0.0f),
+                       Sample(e.FindParameter("Velocity"), 2, t, 0.0f));
+    const LxParticleParameter* speedParameter = e.FindParameter("Speed");
+    const float speed = speedParameter ? Sample(speedParameter, 0, t, 0.0f) : ValueOr(e, "Speed", 0.0f);
+    if (speed != 0.0f && e.HasShape())
+        velocity += (local - DomainCenter(e.GetShape())).Normalized() * speed;
+    if (emitter.hasTransform)
+    {
+        const LxPoint3 moved = emitter.transform.TransformPoint(LxPoint3(local.x, local.y, local.z));
+        p.position = LxVector3(moved.x, moved.y, moved.z);
+        p.velocity = emitter.transform.TransformVector(velocity);
+    }
+    else
+    {
+        p.position = local;
+        p.velocity = velocity;
+    }
+    const LxParticleParameter* color = e.FindParameter("Color");
+    p.color = LxVector4(Sample(color, 0, t, 1.0f), Sample(color, 1, t, 1.0f), Sample(color, 2, t, 1.0f),
+                        color && color->GetComponentCount() > 3 ? Sample(color, 3, t, 1.0f) : 1.0f);
+    p.size = Sample(e.FindParameter("Size"), 0, t, 1.0f);
+    p.rotation = Sample(e.FindParameter("Rotation"), 0, t, 0.0f);
+    p.age = 0.0f;
+    p.life = Sample(e.FindParameter("Life"), 0, t, ValueOr(e, "Life", 1.0f));
+    p.emitter = index;
+    m_particles.Add(p);
+    ++emitter.alive;
+}
+
+void LxParticleSimulator::Act(const LxParticleElementDesc& a, float dt)
+{
+    Particle* particles = m_particles.GetData();
+    const unsigned int count = m_particles.GetCount();
+    const LxVector3 shapeCenter = a.HasShape() ? DomainCenter(a.GetShape()) : LxVector3();
+    switch (a.GetKind())
+    {
+    case LX_PARTICLE_KIND_CONST_ACCEL:
+    {
+        const LxVector3 dv = VectorOr(a, "Acceleration", LxVector3()) * dt;
+        for (unsigned int i = 0; i < count; ++i)
+            particles[i].velocity += dv;
+        break;
+    }
+    case LX_PARTICLE_KIND_ORBIT_POINT:
+    case LX_PARTICLE_KIND_ORBIT_LINE:
+    {
+        const float strength = ConstantOr(a, "Strength", 0, 1.0f) * dt;
+        const float epsilon = ConstantOr(a, "Epsilon", 0, 0.1f);
+        const bool line = a.GetKind() == LX_PARTICLE_KIND_ORBIT_LINE;
+        const LxVector3 center = VectorOr(a, "Center", shapeCenter);
+        LxVector3 start = VectorOr(a, "Start", LxVector3()), end = VectorOr(a, "End", LxVector3(0, 1, 0));
+        if (line && a.HasShape() && a.GetShape().GetType() == LX_PARTICLE_DOMAIN_LINE)
+        {
+            start = a.GetShape().GetVector3("Start");
+            end = a.GetShape().GetVector3("End");
+        }
+        const LxVector3 axis = end - start;
+        const float axisLength2 = axis.SquaredLength();
+        for (unsigned int i = 0; i < count; ++i)
+        {
+            LxVector3 target = center;
+            if (line)
+                target = axisLength2 > 0.0f ? start + axis * ((particles[i].position - start).Dot(axis) / axisLength2)
+                                            : start;
+            const LxVector3 d = target - particles[i].position;
+            const float d2 = d.SquaredLength();
+            if (d2 > 0.0f)
+                particles[i].velocity += d * (strength / ((d2 + epsilon) * std::sqrt(d2)));
+        }
+        break;
+    }
+    case LX_PARTICLE_KIND_VORTEX:
+    {
+        const LxVector3 center = VectorOr(a, "Center", shapeCenter);
+        const LxVector3 axis = VectorOr(a, "Axis", LxVector3(0, 1, 0)).Normalized();
+        const float k = ConstantOr(a, "Strength", 0, 1.0f) * dt;
+        for (unsigned int i = 0; i < count; ++i)
+            particles[i].velocity += axis.Cross(particles[i].position - center) * k;
+        break;
+    }
+    case LX_PARTICLE_KIND_COLLIDER_KILL:
+    {
+        if (!a.HasShape())
+            break;
+        const LxParticleDomain& shape = a.GetShape();
+        const LxParticleValue* invert = a.FindValue("Invert");
+        const bool inverted = invert && invert->GetBool();
+        for (unsigned int i = 0; i < count; ++i)
+        {
+            const LxVector3& p = particles[i].position;
+            bool hit = false;
+            switch (shape.GetType())
+            {
+            case LX_PARTICLE_DOMAIN_PLANE:
+                hit = (p - shape.GetVector3("Point")).Dot(shape.GetVector3("Normal")) < 0.0f;
+                break;
+            case LX_PARTICLE_DOMAIN_SPHERE:
+            {
+                const float r = shape.GetFloat("Radius");
+                hit = (p - shape.GetVector3("Center")).SquaredLength() <= r * r;
+                break;
+            }
+            case LX_PARTICLE_DOMAIN_BOX:
+            {
+                const LxVector3 lo = shape.GetVector3("Min"), hi = shape.GetVector3("Max");
+                hit = p.x >= lo.x && p.y >= lo.y && p.z >= lo.z && p.x <= hi.x && p.y <= hi.y && p.z <= hi.z;
+                break;
+            }
+            case LX_PARTICLE_DOMAIN_DISC:
+            {
+                // A disc kills what crosses it: within its radius and on its back side.
+                const LxVector3 d = p - shape.GetVector3("Center");
+                const LxVector3 n = shape.GetVector3("Normal").Normalized();
+                const float h = d.Dot(n);
+                const float r = shape.GetFloat("Radius");
+                hit = h <= 0.0f && (d - n * h).SquaredLength() <= r * r;
+                break;
+            }
+            default:
+                break;
+            }
+            if (hit != inverted)
+                particles[i].life = -1.0f;
+        }
+        break;
+    }
+    case LX_PARTICLE_KIND_LIFE_LERP:
+    {
+        const LxParticleParameter* color = a.FindParameter("Color");
+        const LxParticleParameter* size = a.FindParameter("Size");
+        for (unsigned int i = 0; i < count; ++i)
+        {
+            Particle& p = particles[i];
+            const float f = p.life > 0.0f ? p.age / p.life : 1.0f;
+            if (color)
+            {
+                p.color.x = Sample(color, 0, f, p.color.x);
+                p.color.y = Sample(color, 1, f, p.color.y);
+                p.color.z = Sample(color, 2, f, p.color.z);
+                if (color->GetComponentCount() > 3)
+                    p.color.w = Sample(color, 3, f, p.color.w);
+            }
+            if (size)
+                p.size = Sample(size, 0, f, p.size);
+        }
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void LxParticleSimulator::Step(float dt)
+{
+    if (!(dt > 0.0f))
+        return;
+    for (unsigned int e = 0; e < m_emitters.GetCount(); ++e)
+    {
+        Emitter& emitter = m_emitters[e];
+        float t = m_fTime;
+        if (emitter.duration > 0.0f)
+        {
+            if (!emitter.loop && t >= emitter.duration)
+                continue;
+            t = std::fmod(t, emitter.duration);
+        }
+        emitter.pending +=
+            Sample(emitter.desc->FindParameter("Rate"), 0, t, ValueOr(*emitter.desc, "Rate", 10.0f)) * dt;
+        if (!(emitter.pending > 0.0f))
+        {
+            emitter.pending = 0.0f;
+            continue;
+        }
+        const float whole = std::floor(emitter.pending);
+        emitter.pending -= whole;
+        const unsigned int room = emitter.maxParticles > emitter.alive ? emitter.maxParticles - emitter.alive : 0;
+        const unsigned int n = whole < static_cast<float>(room) ? static_cast<unsigned int>(whole) : room;
+        for (unsigned int i = 0; i < n; ++i)
+            Emit(emitter, e, t);
+    }
+    for (unsigned int a = 0; a < m_desc.GetActionCount(); ++a)
+        Act(m_desc.GetAction(a), dt);
+    for (unsigned int i = 0; i < m_particles.GetCount();)
+    {
+        Particle& p = m_particles[i];
+        p.position += p.velocity * dt;
+        p.age += dt;
+        if (p.age >= p.life)
+        {
+            --m_emitters[p.emitter].alive;
+            m_particles.RemoveAtSwap(i);
+        }
+        else
+            ++i;
+    }
+    m_fTime += dt;
+}
+
+LxBoundingBox LxParticleSimulator::ComputeBounds() const
+{
+    LxBoundingBox box;
+    for (const Particle& p : m_particles)
+    {
+        const float h = p.size * 0.5f;
+        box.AddPoint(LxPoint3(p.position.x - h, p.position.y - h, p.position.z - h));
+        box.AddPoint(LxPoint3(p.position.x + h, p.position.y + h, p.position.z + h));
+    }
+    return box;
+}
+
+void LxParticleSimulator::BuildBillboards(const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const
+{
+    static const float kCorners[6][2] = {{-1, -1}, {-1, 1}, {1, 1}, {-1, -1}, {1, 1}, {1, -1}};
+    out.Reserve(out.GetCount() + 6 * m_particles.GetCount());
+    for (const Particle& p : m_particles)
+    {
+        const float h = p.size * 0.5f;
+        const float c = std::cos(p.rotation) * h, s = std::sin(p.rotation) * h;
+        const LxVector3 r = right * c + up * s, u = up * c - right * s;
+        for (const float* corner : kCorners)
+        {
+            Vertex v;
+            const LxVector3 pos = p.position + r * corner[0] + u * corner[1];
+            v.position[0] = pos.x;
+            v.position[1] = pos.y;
+            v.position[2] = pos.z;
+            v.color[0] = p.color.x;
+            v.color[1] = p.color.y;
+            v.color[2] = p.color.z;
+            v.color[3] = p.color.w;
+            v.uv[0] = (corner[0] + 1.0f) * 0.5f;
+            v.uv[1] = (1.0f - corner[1]) * 0.5f;
+            out.Add(v);
+        }
+    }
+}

@@ -1,0 +1,107 @@
+// LxParticleSimulator: the CPU simulation of one "GPUBillboard" particle system described by an
+// LxParticleSystemDesc: emission from the emitters' shapes, the common actions, ageing and death, and the
+// camera-facing quads that draw the particles. Deterministic: the same description, seed and steps give the same
+// particles, bit for bit (one LxMersenneTwister per simulator, drawn from in a fixed order).
+//
+// Emitters (any of the three kinds emit the same way) read, each optional:
+//   Rate (particles per second, default 10), Life (seconds, default 1), Velocity (3 components), Speed (along the
+//   direction from the shape's centre to the new particle), Color (4 components, default white), Size (default 1),
+//   Rotation (radians), and the values MaxParticles (alive at once from this emitter, default 1000), Loop (default
+//   true) and Duration (seconds of emission; 0, the default, emits for ever).
+// A parameter is drawn per particle: fixed, uniform random, non-uniform random (min + (max - min) u^exponent), or
+// keyframed over the emitter's time (wrapped by Duration when looping). The emitter's shape (a point at the origin
+// without one) is sampled uniformly, inside or, with Surface, on its surface; its transform (translation, rotation
+// in degrees about x then y then z, scale) moves positions and velocities.
+//
+// Actions, applied in file order each step (other kinds are reported once when the simulator is made, and ignored):
+//   ConstAccel   Acceleration: velocity += a dt.
+//   OrbitPoint   Center (or the shape's centre), Strength, Epsilon (0.1): acceleration towards the centre of
+//                Strength / (distance^2 + Epsilon).
+//   OrbitLine    Start, End (or a Line shape), Strength, Epsilon: the same towards the nearest point of the line.
+//   Vortex       Center (or the shape's centre), Axis (0 1 0), Strength: velocity += Strength (Axis x (p - c)) dt.
+//   ColliderKill a Plane shape kills particles behind the plane (against its normal); a Sphere, Box or Disc shape
+//                kills those inside it. The value Invert swaps inside and outside.
+//   LifeLerp     Color, Size: keyframed parameters read at the particle's age divided by its life.
+//
+// Step order: emit, act, move (position += velocity dt), age, remove the dead (the last particle takes a dead one's
+// place). Not thread-safe; separate simulators may step on separate threads.
+#pragma once
+
+#include "Common/LxApi.h"
+#include "Common/LxArray.h"
+#include "Common/LxBoundingBox.h"
+#include "Common/LxMatrix4.h"
+#include "Common/LxMersenneTwister.h"
+#include "Common/LxVector3.h"
+#include "Common/LxVector4.h"
+
+class LxParticleDomain;
+class LxParticleElementDesc;
+class LxParticleParameter;
+class LxParticleSystemDesc;
+
+class LX_API LxParticleSimulator
+{
+public:
+    struct Particle
+    {
+        LxVector3 position;
+        LxVector3 velocity;
+        LxVector4 color;
+        float size;
+        float rotation;
+        float age;
+        float life;
+        unsigned int emitter;
+    };
+    // One corner of a camera-facing quad: position, colour, texture coordinate. Six per particle (two triangles).
+    struct Vertex
+    {
+        float position[3];
+        float color[4];
+        float uv[2];
+    };
+
+    // The description must outlive the simulator.
+    LxParticleSimulator(const LxParticleSystemDesc& desc, unsigned int seed);
+
+    const LxParticleSystemDesc& GetDesc() const { return m_desc; }
+    // Removes every particle, rewinds the time and reseeds.
+    void Reset(unsigned int seed);
+    // Advances by dt seconds (ignored unless positive).
+    void Step(float dt);
+    float GetTime() const { return m_fTime; }
+
+    unsigned int GetCount() const { return m_particles.GetCount(); }
+    const Particle* GetData() const { return m_particles.GetData(); }
+    // The box around every particle, grown by half its size; empty without particles.
+    LxBoundingBox ComputeBounds() const;
+    // Appends six vertices per particle: quads spanning `right` and `up` (unit vectors, usually the camera's axes in
+    // the particles' space), of the particle's size, turned by its rotation.
+    void BuildBillboards(const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const;
+
+private:
+    struct Emitter
+    {
+        const LxParticleElementDesc* desc;
+        float pending; // fractional particles carried to the next step
+        unsigned int alive;
+        unsigned int maxParticles;
+        bool loop;
+        float duration;
+        LxMatrix4 transform;
+        bool hasTransform;
+    };
+
+    void Emit(Emitter& emitter, unsigned int index, float emitterTime);
+    void Act(const LxParticleElementDesc& action, float dt);
+    float Sample(const LxParticleParameter* parameter, unsigned int component, float time, float fallback);
+    LxVector3 SamplePoint(const LxParticleDomain& shape);
+    float Random() { return static_cast<float>(m_random.genrand_real2()); }
+
+    const LxParticleSystemDesc& m_desc;
+    LxArray<Emitter> m_emitters;
+    LxArray<Particle> m_particles;
+    LxMersenneTwister m_random;
+    float m_fTime = 0.0f;
+};
