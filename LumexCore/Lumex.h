@@ -158,6 +158,16 @@
 #include "ObjectManager/LxParameterSetting.h"
 #include "ObjectManager/LxSkeleton.h"
 #include "ObjectManager/LxSubChunkTree.h"
+#include "ObjectManager/LxAnimatedModel.h"
+#include "ObjectManager/LxBoundingVolumeVisualizer.h"
+#include "ObjectManager/LxFlypathCameraController.h"
+#include "ObjectManager/LxFrameUpdate.h"
+#include "ObjectManager/LxModel.h"
+#include "ObjectManager/LxObject.h"
+#include "ObjectManager/LxObjectListener.h"
+#include "ObjectManager/LxObjectManager.h"
+#include "ObjectManager/LxParticleGroup.h"
+#include "ObjectManager/LxRTSCameraController.h"
 
 // Particle system: the description a particle file builds, its builders and loader
 #include "ParticleSystem/LxEmitterBuilder.h"
@@ -177,6 +187,7 @@
 #include "ParticleSystem/LxParticleTransform.h"
 #include "ParticleSystem/LxParticleTypes.h"
 #include "ParticleSystem/LxParticleValue.h"
+#include "ParticleSystem/LxParticleSimulator.h"
 
 // Scripting
 #include "ScriptManager/LxCallGraphNode.h"
