@@ -26,6 +26,12 @@
 //                                              inverse of its bind pose in model space
 //   key <bone> <time> <x> <y> <z>              a key of the bone's translation curve ("bone.<name>.translate");
 //                                              a bone's keys come in increasing time
+//   skin <vertex> <bone> <weight> [<bone> <weight> ...]
+//                                              up to 4 bone influences of a vertex declared before (bones by
+//                                              name, declared before). With any skin statement the model gets a
+//                                              second vertex buffer "skin" on the stream "SKIN": per vertex 4
+//                                              bone indices (ubyte4) and 4 weights (float4), 20 bytes; vertices
+//                                              without a statement follow the first bone with weight 1
 //   meta <text...>                             a meta-file entry
 // Any fault is reported as "<file>(<line>): <what>" and nothing is written.
 #include "Common/LxArchive.h"
@@ -270,6 +276,12 @@ struct Mesh
     };
     std::vector<Bone> bones;
     std::map<std::string, std::vector<std::pair<float, LxVector3>>> keys;
+    struct Skin
+    {
+        unsigned char bones[4] = {0, 0, 0, 0};
+        float weights[4] = {1.0f, 0.0f, 0.0f, 0.0f};
+    };
+    std::map<unsigned int, Skin> skins; // by vertex
     std::vector<std::string> meta;
 };
 
@@ -410,6 +422,41 @@ bool ReadMesh(const std::string& path, Mesh& mesh)
                     LxVector3(static_cast<float>(v[1]), static_cast<float>(v[2]), static_cast<float>(v[3])));
             }
         }
+        else if (k == "skin")
+        {
+            double vertex = -1;
+            if (t.size() < 4 || t.size() > 10 || t.size() % 2 != 0 || !ParseNumber(t[1], &vertex))
+                fail("a skin statement takes a vertex and 1 to 4 pairs of a bone and a weight");
+            else if (vertex < 0 || vertex != static_cast<double>(static_cast<unsigned int>(vertex)) ||
+                     vertex >= static_cast<double>(mesh.vertices.size() / 5))
+                fail("skin vertex " + t[1] + " names no vertex declared before it");
+            else
+            {
+                Mesh::Skin skin;
+                skin.weights[0] = 0.0f;
+                bool good = true;
+                for (size_t i = 2, n = 0; i + 1 < t.size() && good; i += 2, ++n)
+                {
+                    size_t bone = 0;
+                    while (bone < mesh.bones.size() && mesh.bones[bone].name != t[i])
+                        ++bone;
+                    double weight = 0;
+                    good = bone < mesh.bones.size() && bone <= 255 && ParseNumber(t[i + 1], &weight) && weight >= 0 &&
+                           weight <= 1;
+                    if (bone == mesh.bones.size())
+                        fail("skin bone " + t[i] + " is not declared before");
+                    else if (!good)
+                        fail("skin weights run from 0 to 1, for one of the first 256 bones");
+                    else
+                    {
+                        skin.bones[n] = static_cast<unsigned char>(bone);
+                        skin.weights[n] = static_cast<float>(weight);
+                    }
+                }
+                if (good)
+                    mesh.skins[static_cast<unsigned int>(vertex)] = skin;
+            }
+        }
         else if (k == "meta" && t.size() > 1)
             mesh.meta.push_back(line.substr(line.find("meta") + 5));
         else
@@ -462,6 +509,20 @@ int BuildModel(const std::string& meshPath, const std::string& output)
     LxModelVB* vb = new LxModelVB("vertices", "vertices.vb", LxModelVBDesc{20, vertexCount});
     vb->SetData(Block(mesh.vertices.data(), mesh.vertices.size() * sizeof(float)));
     manifest.AddModelDataItem(vb);
+    if (!mesh.skins.empty())
+    {
+        std::vector<unsigned char> skin(static_cast<size_t>(vertexCount) * 20);
+        for (unsigned int i = 0; i < vertexCount; ++i)
+        {
+            const auto found = mesh.skins.find(i);
+            const Mesh::Skin s = found == mesh.skins.end() ? Mesh::Skin() : found->second;
+            std::memcpy(&skin[i * 20], s.bones, 4);
+            std::memcpy(&skin[i * 20 + 4], s.weights, 16);
+        }
+        LxModelVB* skinVB = new LxModelVB("skin", "skin.vb", LxModelVBDesc{20, vertexCount});
+        skinVB->SetData(Block(skin.data(), skin.size()));
+        manifest.AddModelDataItem(skinVB);
+    }
 
     const bool wide = vertexCount > 65536;
     const unsigned int indexCount = static_cast<unsigned int>(mesh.indices.size());
@@ -483,6 +544,8 @@ int BuildModel(const std::string& meshPath, const std::string& output)
     chunk->SetEffectFile(mesh.effect.c_str());
     chunk->SetTechnique(mesh.technique.c_str());
     chunk->AddVBMapping("VERTEX", "vertices");
+    if (!mesh.skins.empty())
+        chunk->AddVBMapping("SKIN", "skin");
     for (size_t i = 0; i < mesh.textures.size(); ++i)
     {
         const Mesh::Texture& t = mesh.textures[i];
