@@ -153,7 +153,7 @@ bool LxModel::BuildChunk(unsigned int index)
             if (!chunk.indexBuffer && !m_bWarnedNoResources)
             {
                 m_bWarnedNoResources = true;
-                LX_WARNING("LxModel::Create.  No GPU buffers could be made; the model draws with nothing bound");
+                LX_DEBUG("LxModel::Create.  No GPU buffers could be made; the model draws with nothing bound");
             }
         }
         else
@@ -193,7 +193,7 @@ LxCountedPtr<LxGPUVertexBuffer> LxModel::GetVertexBuffer(const LxString& item)
     if (!buffer && !m_bWarnedNoResources)
     {
         m_bWarnedNoResources = true;
-        LX_WARNING("LxModel::Create.  No GPU buffers could be made; the model draws with nothing bound");
+        LX_DEBUG("LxModel::Create.  No GPU buffers could be made; the model draws with nothing bound");
     }
     m_vbNames.Add(item);
     m_vbs.Add(buffer);
