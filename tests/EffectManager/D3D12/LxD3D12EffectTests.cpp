@@ -1,0 +1,376 @@
+// Effects on a real Direct3D 12 device (Wine + lavapipe in the Windows lane): effect files drawn through the render
+// manager and read back in pixels: parameters, render states, instanced streams, reload, the shader cache, compiler
+// messages pointing into the effect file, and the builder's reflection messages provoked from effect files.
+#include "support/LxTestSupport.h"
+
+#include "Common/LxImageData2D.h"
+#include "EffectManager/D3D12/LxD3D12Effect.h"
+#include "EffectManager/D3D12/LxD3D12EffectBuilder.h"
+#include "EffectManager/D3D12/LxD3D12EffectManager.h"
+#include "EffectManager/D3D12/LxD3D12EffectPass.h"
+#include "EffectManager/LxEffectReloadListener.h"
+#include "EffectManager/LxShaderCache.h"
+#include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
+#include "RenderManager/D3D12/LxD3D12RenderManager.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace
+{
+constexpr unsigned kFxSize = 64;
+const wchar_t kFxWindowClass[] = L"LxD3D12EffectTestWindow";
+
+typedef std::array<int, 4> FxRgba;
+const FxRgba kFxClear = {51, 102, 153, 255};
+
+std::string FxText(const FxRgba& c)
+{
+    std::ostringstream s;
+    s << "(" << c[0] << ", " << c[1] << ", " << c[2] << ", " << c[3] << ")";
+    return s.str();
+}
+
+FxRgba FxPixel(const LxImageData2D& image, unsigned x, unsigned y)
+{
+    const double* p = image.GetPixel(x, y);
+    return {int(std::lround(p[0] * 255)), int(std::lround(p[1] * 255)), int(std::lround(p[2] * 255)),
+            int(std::lround(p[3] * 255))};
+}
+
+bool FxNear(const FxRgba& a, const FxRgba& b, int tolerance)
+{
+    for (int i = 0; i < 4; ++i)
+        if (std::abs(a[i] - b[i]) > tolerance)
+            return false;
+    return true;
+}
+
+std::string FxDataDir()
+{
+    return LxTest::DataDir() + "/effects/d3d12";
+}
+
+class FxWindow
+{
+public:
+    bool Create()
+    {
+        m_instance = GetModuleHandleW(nullptr);
+        WNDCLASSEXW wc = {};
+        wc.cbSize = sizeof(wc);
+        wc.lpfnWndProc = DefWindowProcW;
+        wc.hInstance = m_instance;
+        wc.lpszClassName = kFxWindowClass;
+        m_registered = RegisterClassExW(&wc) != 0;
+        RECT rect = {0, 0, LONG(kFxSize), LONG(kFxSize)};
+        AdjustWindowRect(&rect, WS_OVERLAPPEDWINDOW, FALSE);
+        m_hwnd =
+            CreateWindowExW(0, kFxWindowClass, L"Lumex effect test", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
+                            rect.right - rect.left, rect.bottom - rect.top, nullptr, nullptr, m_instance, nullptr);
+        return m_hwnd != nullptr;
+    }
+    HWND Handle() const { return m_hwnd; }
+    ~FxWindow()
+    {
+        if (m_hwnd)
+            DestroyWindow(m_hwnd);
+        if (m_registered)
+            UnregisterClassW(kFxWindowClass, m_instance);
+    }
+
+private:
+    HINSTANCE m_instance = nullptr;
+    HWND m_hwnd = nullptr;
+    bool m_registered = false;
+};
+
+// One window, render manager, resource manager and effect manager for the whole executable: device and heap
+// creation cost most of a test's time under Wine.
+class D3D12EffectTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_window = new FxWindow();
+        if (!s_window->Create())
+            return;
+        LxD3D12RenderManager::CreationDesc desc;
+        DXGI_SWAP_CHAIN_DESC& sc = desc.swapChainDesc;
+        sc.BufferDesc.Width = kFxSize;
+        sc.BufferDesc.Height = kFxSize;
+        sc.BufferDesc.Format = DXGI_FORMAT_R8G8B8A8_UNORM;
+        sc.SampleDesc.Count = 1;
+        sc.BufferUsage = DXGI_USAGE_RENDER_TARGET_OUTPUT;
+        sc.BufferCount = 2;
+        sc.OutputWindow = s_window->Handle();
+        sc.Windowed = TRUE;
+        sc.SwapEffect = DXGI_SWAP_EFFECT_FLIP_DISCARD;
+        desc.framesInFlight = 2;
+        desc.renderTargetDescriptors = 16;
+        desc.depthStencilDescriptors = 4;
+        desc.shaderResourceDescriptors = 64;
+        desc.samplerDescriptors = 16;
+        if (!LxD3D12RenderManager::Init(desc))
+            return;
+        s_rm = LxD3D12RenderManager::GetD3D12Ptr();
+        LxD3D12GPUResourceManager::RegisterCreateFunction();
+        LxGPUResourceManager::GetPtr();
+        s_gpu = LxD3D12GPUResourceManager::GetD3D12Ptr();
+        if (!s_gpu || !s_gpu->Initialize(8 * 1024 * 1024, 64))
+        {
+            s_gpu = nullptr;
+            return;
+        }
+        // Constant-buffer copies live in the upload ring: it must learn when frames complete.
+        s_rm->GetFrameRing().AddFrameEndListener(s_gpu);
+        LxD3D12EffectManager::Init();
+        LxEffectManager::GetRef().AddSearchPath(FxDataDir().c_str());
+        s_default = LxEffectManager::GetRef().LoadEffect("default.fx", LxEffectManager::LOAD_DEFAULT_EFFECT);
+        LxEffectManager::GetRef().SetDefaultEffect(s_default);
+    }
+    static void TearDownTestSuite()
+    {
+        s_default = LxCountedPtr<LxEffect>();
+        LxEffectManager::ShutDown();
+        if (s_rm && s_gpu)
+            s_rm->GetFrameRing().RemoveFrameEndListener(s_gpu);
+        LxGPUResourceManager::ShutDown();
+        LxGPUResourceManager::SetCreateFunction(nullptr);
+        LxRenderManager::ShutDown();
+        LxRenderManager::SetCreateFunction(nullptr);
+        s_rm = nullptr;
+        s_gpu = nullptr;
+        delete s_window;
+        s_window = nullptr;
+    }
+    void SetUp() override
+    {
+        ASSERT_NE(s_rm, nullptr) << "render manager creation failed";
+        ASSERT_NE(s_gpu, nullptr) << "resource manager creation failed";
+        ASSERT_TRUE(s_default) << "the default effect did not load";
+        s_rm->SetClearColor(kFxClear[0] / 255.0f, kFxClear[1] / 255.0f, kFxClear[2] / 255.0f, 1.0f);
+        s_rm->SetClearDepth(1.0f);
+    }
+
+    static LxEffectManager& Manager() { return LxEffectManager::GetRef(); }
+
+    // Draws one pass of `technique` with three SV_VertexID vertices (or `instances` instances of three vertices).
+    static void Draw(LxEffect& fx, const char* technique, unsigned instances = 0)
+    {
+        unsigned passes = 0;
+        ASSERT_TRUE(fx.Begin(LxString(technique), &passes));
+        ASSERT_EQ(passes, 1u);
+        EXPECT_TRUE(fx.BeginPass(0));
+        if (instances)
+            s_rm->DrawNonIndexedInstanced(LxRenderManager::PRIM_TRIANGLE_LIST, 3, 0, instances);
+        else
+            s_rm->DrawNonIndexed(LxRenderManager::PRIM_TRIANGLE_LIST, 3, 0);
+        EXPECT_TRUE(fx.EndPass());
+        EXPECT_TRUE(fx.End());
+    }
+    static void Place(LxEffect& fx, float scale, float x, float y, float depth)
+    {
+        const float place[4] = {scale, x, y, depth};
+        fx.GetParameter("vPlace")->SetFloatVector(place);
+    }
+    static void Color(LxEffect& fx, const FxRgba& c)
+    {
+        const float color[4] = {c[0] / 255.0f, c[1] / 255.0f, c[2] / 255.0f, c[3] / 255.0f};
+        fx.GetParameter("vColor")->SetFloatVector(color);
+    }
+    static void ExpectPixel(const LxImageData2D& image, unsigned x, unsigned y, const FxRgba& expected,
+                            const char* what, int tolerance = 0)
+    {
+        const FxRgba got = FxPixel(image, x, y);
+        EXPECT_TRUE(FxNear(got, expected, tolerance))
+            << what << " at (" << x << ", " << y << "): read " << FxText(got) << ", expected " << FxText(expected);
+    }
+    static LxImageData2D Capture()
+    {
+        LxImageData2D image;
+        EXPECT_TRUE(s_rm->CaptureBackBuffer(&image));
+        return image;
+    }
+
+    static FxWindow* s_window;
+    static LxD3D12RenderManager* s_rm;
+    static LxD3D12GPUResourceManager* s_gpu;
+    static LxCountedPtr<LxEffect> s_default;
+};
+FxWindow* D3D12EffectTest::s_window = nullptr;
+LxD3D12RenderManager* D3D12EffectTest::s_rm = nullptr;
+LxD3D12GPUResourceManager* D3D12EffectTest::s_gpu = nullptr;
+LxCountedPtr<LxEffect> D3D12EffectTest::s_default;
+
+const FxRgba kFxRed = {255, 0, 0, 255};
+const FxRgba kFxGreen = {0, 255, 0, 255};
+const FxRgba kFxBlue = {0, 0, 255, 255};
+} // namespace
+
+TEST_F(D3D12EffectTest, ParametersSetBetweenDrawsColourAndPlaceEachDraw)
+{
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("draw.fx");
+    ASSERT_TRUE(fx) << log.All();
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+
+    // The defaults of the file: a small red triangle around the centre.
+    Draw(*fx, "Draw");
+    // SetVector between draws: a green one to the left, a blue one moved right by the matrix.
+    Color(*fx, kFxGreen);
+    Place(*fx, 0.125f, -0.75f, 0.0f, 0.5f);
+    Draw(*fx, "Draw");
+    Color(*fx, kFxBlue);
+    Place(*fx, 0.125f, 0.0f, 0.0f, 0.5f);
+    float translate[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0.75f, 0, 0, 1};
+    fx->GetParameter("mTransform")->SetFloatMatrix(translate);
+    Draw(*fx, "Draw");
+    // SetFloat: brightness halves the colour of a fourth triangle at the top.
+    float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    fx->GetParameter("mTransform")->SetFloatMatrix(identity);
+    Color(*fx, {255, 255, 255, 255});
+    fx->GetParameter("fBrightness")->SetFloat(0.6f);
+    Place(*fx, 0.125f, 0.0f, 0.75f, 0.5f);
+    Draw(*fx, "Draw");
+
+    const LxImageData2D image = Capture();
+    ExpectPixel(image, kFxSize / 2, kFxSize / 2, kFxRed, "default parameters");
+    ExpectPixel(image, kFxSize / 8 + 2, kFxSize / 2, kFxGreen, "after SetFloatVector");
+    ExpectPixel(image, kFxSize * 7 / 8 + 2, kFxSize / 2, kFxBlue, "after SetFloatMatrix");
+    ExpectPixel(image, kFxSize / 2 + 2, kFxSize / 8, {153, 153, 153, 255}, "after SetFloat", 1);
+    ExpectPixel(image, 1, 1, kFxClear, "corner");
+    ASSERT_TRUE(s_rm->EndScene());
+    fx->GetParameter("fBrightness")->SetFloat(1.0f);
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+TEST_F(D3D12EffectTest, ArrayParameterElementsReachTheirPaddedRegisters)
+{
+    // afWeights is a Float array: packed in the parameter, one register per element in the cbuffer.
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("draw.fx");
+    ASSERT_TRUE(fx);
+    const float weights[3] = {1.0f, 0.2f, 1.0f};
+    fx->GetParameter("afWeights")->SetRawValue(weights, sizeof(weights));
+    Color(*fx, {255, 255, 255, 255});
+    Place(*fx, 1.0f, 0.0f, 0.0f, 0.5f);
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+    Draw(*fx, "Draw");
+    ExpectPixel(Capture(), 10, 10, {51, 51, 51, 255}, "weight of element 1", 1);
+    ASSERT_TRUE(s_rm->EndScene());
+    const float ones[3] = {1.0f, 1.0f, 1.0f};
+    fx->GetParameter("afWeights")->SetRawValue(ones, sizeof(ones));
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+TEST_F(D3D12EffectTest, DefaultStatesBlendAlphaTestLessEqualAndCullNothing)
+{
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("draw.fx");
+    ASSERT_TRUE(fx);
+    const auto* pass = static_cast<const LxD3D12EffectPass*>(fx->GetTechnique("Draw")->GetPass(0u));
+    EXPECT_EQ(pass->GetPipelineStateBlock().depthStencil.DepthFunc, D3D12_COMPARISON_FUNC_LESS_EQUAL);
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+
+    // Left: half-transparent red blended over the clear colour with the preset SRCALPHA / INVSRCALPHA factors.
+    Color(*fx, {255, 0, 0, 128});
+    Place(*fx, 0.125f, -0.5f, 0.0f, 0.5f);
+    Draw(*fx, "Blended");
+    // Middle: the same depth twice; LESSEQUAL lets the second (green) win, LESS keeps the first (red).
+    Color(*fx, kFxRed);
+    Place(*fx, 0.125f, 0.0f, 0.5f, 0.5f);
+    Draw(*fx, "Draw");
+    Color(*fx, kFxGreen);
+    Draw(*fx, "Draw");
+    Color(*fx, kFxRed);
+    Place(*fx, 0.125f, 0.0f, -0.5f, 0.5f);
+    Draw(*fx, "Draw");
+    Color(*fx, kFxGreen);
+    Draw(*fx, "StrictDepth");
+    // Right: a triangle mirrored in x (the other winding) is drawn with no culling; with CullMode = BACK one of
+    // the two windings vanishes.
+    const float mirror[16] = {-1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    const float identity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    Color(*fx, kFxBlue);
+    fx->GetParameter("mTransform")->SetFloatMatrix(mirror);
+    Place(*fx, 0.125f, -0.5f, 0.5f, 0.25f);
+    Draw(*fx, "Draw");
+    Place(*fx, 0.125f, -0.75f, 0.5f, 0.25f);
+    Draw(*fx, "CullBack");
+    fx->GetParameter("mTransform")->SetFloatMatrix(identity);
+    Place(*fx, 0.125f, 0.5f, -0.5f, 0.25f);
+    Draw(*fx, "Draw");
+    Place(*fx, 0.125f, 0.75f, -0.5f, 0.25f);
+    Draw(*fx, "CullBack");
+
+    const LxImageData2D image = Capture();
+    // 0.5 * 255 + 0.5 * clear, alpha 0.5 * 0.5 + 0.5 * 1.
+    ExpectPixel(image, kFxSize / 4, kFxSize / 2, {154, 51, 77, 191}, "alpha blended", 2);
+    ExpectPixel(image, kFxSize / 2, kFxSize / 4, kFxGreen, "LESSEQUAL at equal depth");
+    ExpectPixel(image, kFxSize / 2 + 2, kFxSize * 3 / 4, kFxRed, "LESS at equal depth");
+    ExpectPixel(image, kFxSize * 3 / 4 - 2, kFxSize / 4, kFxBlue, "mirrored winding, no culling");
+    ExpectPixel(image, kFxSize * 3 / 4 + 2, kFxSize * 3 / 4, kFxBlue, "front winding, no culling");
+    // With CullMode = BACK exactly one of the two windings survives.
+    const bool mirroredShown = FxPixel(image, kFxSize * 7 / 8 - 2, kFxSize / 4) == kFxBlue;
+    const bool frontShown = FxPixel(image, kFxSize * 7 / 8 + 2, kFxSize * 3 / 4) == kFxBlue;
+    EXPECT_NE(mirroredShown, frontShown) << "culling removed both or neither winding: "
+                                         << FxText(FxPixel(image, kFxSize * 7 / 8 - 2, kFxSize / 4)) << " "
+                                         << FxText(FxPixel(image, kFxSize * 7 / 8 + 2, kFxSize * 3 / 4));
+    ASSERT_TRUE(s_rm->EndScene());
+    Color(*fx, kFxRed);
+    Place(*fx, 0.25f, 0.0f, 0.0f, 0.5f);
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+TEST_F(D3D12EffectTest, InstancedStreamDrawsOneCopyPerInstance)
+{
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("draw.fx");
+    ASSERT_TRUE(fx);
+    const float corners[6] = {-0.1f, -0.1f, -0.1f, 0.3f, 0.3f, -0.1f};
+    struct Instance
+    {
+        float offset[2];
+        unsigned char color[4];
+    };
+    const Instance instances[3] = {
+        {{-0.6f, 0.0f}, {255, 0, 0, 255}}, {{0.0f, 0.0f}, {0, 255, 0, 255}}, {{0.6f, 0.0f}, {0, 0, 255, 255}}};
+    LxMemoryBuffer* cornerData = LxMemoryBuffer::Allocate(sizeof(corners));
+    std::memcpy(cornerData->GetData(), corners, sizeof(corners));
+    LxMemoryBuffer* instanceData = LxMemoryBuffer::Allocate(sizeof(instances));
+    std::memcpy(instanceData->GetData(), instances, sizeof(instances));
+    LxCountedPtr<LxGPUVertexBuffer> cornerBuffer = LxGPUResourceManager::GetRef().CreateResourceVertex(
+        LxGPUResource::GPU_RESOURCE_STATIC, 8, 3, LxCountedPtr<LxMemoryBuffer>(cornerData));
+    LxCountedPtr<LxGPUVertexBuffer> instanceBuffer = LxGPUResourceManager::GetRef().CreateResourceVertex(
+        LxGPUResource::GPU_RESOURCE_STATIC, sizeof(Instance), 3, LxCountedPtr<LxMemoryBuffer>(instanceData));
+    ASSERT_TRUE(cornerBuffer && instanceBuffer);
+    ASSERT_TRUE(fx->BindVertexBuffer("Corners", cornerBuffer));
+    ASSERT_TRUE(fx->BindVertexBuffer("Offsets", instanceBuffer));
+
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+    Draw(*fx, "Instanced", 3);
+    const LxImageData2D image = Capture();
+    // Instance i sits around x = (0.2 + 0.6 * (i - 1)) in clip space.
+    ExpectPixel(image, unsigned((0.5f - 0.6f * 0.5f) * kFxSize) + 1, kFxSize / 2 - 1, kFxRed, "instance 0");
+    ExpectPixel(image, kFxSize / 2 + 1, kFxSize / 2 - 1, kFxGreen, "instance 1");
+    ExpectPixel(image, unsigned((0.5f + 0.6f * 0.5f) * kFxSize) + 1, kFxSize / 2 - 1, kFxBlue, "instance 2");
+    ExpectPixel(image, 2, 2, kFxClear, "outside every instance");
+    ASSERT_TRUE(s_rm->EndScene());
+    fx->BindVertexBuffer("Corners", LxCountedPtr<LxGPUVertexBuffer>());
+    fx->BindVertexBuffer("Offsets", LxCountedPtr<LxGPUVertexBuffer>());
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
