@@ -15,6 +15,7 @@ import platform
 import re
 import subprocess
 import sys
+import tempfile
 
 # Each row: (aim id, what is measured, how the figure is computed, the aim as text, the aim as a test).
 # Figure kinds:
@@ -78,13 +79,15 @@ ROWS = [
 
 def run(cmd, cwd=None):
     print("[bench] " + " ".join(cmd), flush=True)
-    return subprocess.run(cmd, cwd=cwd, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    # Benchmarks may leave a log file in their working folder: never the checkout.
+    with tempfile.TemporaryDirectory() as scratch:
+        return subprocess.run(cmd, cwd=cwd or scratch, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
 
 
 def native_results(bin_dir, name, repetitions, cache):
     if name in cache:
         return cache[name]
-    path = os.path.join(bin_dir, name)
+    path = os.path.abspath(os.path.join(bin_dir, name))
     results = None
     if os.path.exists(path):
         done = run([path, "--benchmark_format=json", "--benchmark_repetitions=%d" % repetitions,

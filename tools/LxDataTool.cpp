@@ -26,6 +26,9 @@
 //                                              inverse of its bind pose in model space
 //   key <bone> <time> <x> <y> <z>              a key of the bone's translation curve ("bone.<name>.translate");
 //                                              a bone's keys come in increasing time
+//   curve <name> <time> <x> <y> <z>           a key of a free vec3 curve of the animation set, under that exact
+//                                              name (a fly path: "camera.position", "camera.target"); keys of
+//                                              one curve come in increasing time
 //   skin <vertex> <bone> <weight> [<bone> <weight> ...]
 //                                              up to 4 bone influences of a vertex declared before (bones by
 //                                              name, declared before). With any skin statement the model gets a
@@ -276,6 +279,7 @@ struct Mesh
     };
     std::vector<Bone> bones;
     std::map<std::string, std::vector<std::pair<float, LxVector3>>> keys;
+    std::map<std::string, std::vector<std::pair<float, LxVector3>>> curves; // free curves by their own name
     struct Skin
     {
         unsigned char bones[4] = {0, 0, 0, 0};
@@ -408,15 +412,16 @@ bool ReadMesh(const std::string& path, Mesh& mesh)
                     mesh.bones.push_back(Mesh::Bone{t[1], parent, parentBone ? bind + parentBone->bind : bind});
             }
         }
-        else if (k == "key")
+        else if (k == "key" || k == "curve")
         {
             if (t.size() != 6 || !numbers(2, 4))
-                fail("a key takes a bone, a time and a translation");
+                fail(k == "key" ? "a key takes a bone, a time and a translation"
+                                : "a curve key takes a curve name, a time and a vec3");
             else
             {
-                auto& keys = mesh.keys[t[1]];
+                auto& keys = k == "key" ? mesh.keys[t[1]] : mesh.curves[t[1]];
                 if (!keys.empty() && v[0] < keys.back().first)
-                    fail("the keys of bone " + t[1] + " must come in increasing time");
+                    fail("the keys of " + t[1] + " must come in increasing time");
                 keys.emplace_back(
                     static_cast<float>(v[0]),
                     LxVector3(static_cast<float>(v[1]), static_cast<float>(v[2]), static_cast<float>(v[3])));
@@ -590,7 +595,7 @@ int BuildModel(const std::string& meshPath, const std::string& output)
     std::printf("model archive %s: %u vertices, %u triangles, %u textures, %u bones\n", output.c_str(), vertexCount,
                 indexCount / 3, static_cast<unsigned int>(mesh.textures.size()),
                 static_cast<unsigned int>(mesh.bones.size()));
-    if (mesh.keys.empty())
+    if (mesh.keys.empty() && mesh.curves.empty())
         return 0;
 
     LxAnimationSet set;
@@ -601,6 +606,14 @@ int BuildModel(const std::string& meshPath, const std::string& output)
         for (const auto& key : bone.second)
             curve->AddKey(key.first, key.second);
         set.AddCurve(("bone." + bone.first + ".translate").c_str(), owned);
+    }
+    for (const auto& free : mesh.curves)
+    {
+        LxKeyframeCurve* curve = new LxKeyframeCurve(LxAnimationCurve::DATA_VEC3);
+        LxCountedPtr<LxAnimationCurve> owned(curve);
+        for (const auto& key : free.second)
+            curve->AddKey(key.first, key.second);
+        set.AddCurve(free.first.c_str(), owned);
     }
     const std::string animation = AnimationPath(output);
     if (!set.SaveToFile(animation.c_str(), true))
