@@ -124,6 +124,7 @@ struct LxEffectManager::Record
 };
 
 LxEffectManager* LxEffectManager::ms_pInstance = nullptr;
+LxEffectManager::CreateFunction LxEffectManager::ms_pCreateFunction = nullptr;
 
 // --- singleton ------------------------------------------------------------------------------------------------------
 
@@ -131,7 +132,8 @@ LxEffectManager* LxEffectManager::GetPtr()
 {
     if (!ms_pInstance)
     {
-        ms_pInstance = new LxEffectManager();
+        LxEffectManager* created = ms_pCreateFunction ? ms_pCreateFunction() : nullptr;
+        ms_pInstance = created ? created : new LxEffectManager();
         LxEffectDrawContext::SetGlobal(ms_pInstance);
     }
     return ms_pInstance;

@@ -18,9 +18,9 @@
 // The manager is the effect system's draw context (LxEffectDrawContext): it answers the active override technique
 // and records the pass an effect is drawing, which the "PassNumber" and resource-dimension updates read.
 //
-// Singleton: GetPtr/GetRef create the generic manager on first use, ShutDown deletes it (effects still referenced
-// elsewhere stay alive and are no longer tracked). One thread uses the manager; failures are logged and answered
-// with false or null.
+// Singleton: GetPtr/GetRef create the manager on first use (the generic one unless a create function is set), ShutDown
+// deletes it (effects still referenced elsewhere stay alive and are no longer tracked). One thread uses the manager;
+// failures are logged and answered with false or null.
 #pragma once
 
 #include "Common/LxApi.h"
@@ -71,6 +71,10 @@ public:
     // a manager exists already.
     static bool Init(LxEffectManager* manager);
     static void ShutDown();
+    // What GetPtr creates on first use: null (the default) makes the generic manager; the platform registers its
+    // own (LxD3D12EffectManager::RegisterCreateFunction). Takes effect at the next creation.
+    typedef LxEffectManager* (*CreateFunction)();
+    static void SetCreateFunction(CreateFunction function) { ms_pCreateFunction = function; }
     // The singleton if one exists, without creating it.
     static LxEffectManager* GetExistingPtr() { return ms_pInstance; }
 
@@ -234,4 +238,5 @@ private:
     unsigned int m_nCurrentPass = 0;
 
     static LxEffectManager* ms_pInstance;
+    static CreateFunction ms_pCreateFunction;
 };

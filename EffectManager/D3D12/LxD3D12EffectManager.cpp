@@ -9,6 +9,11 @@ bool LxD3D12EffectManager::Init()
     return LxEffectManager::Init(new LxD3D12EffectManager());
 }
 
+void LxD3D12EffectManager::RegisterCreateFunction()
+{
+    LxEffectManager::SetCreateFunction([]() -> LxEffectManager* { return new LxD3D12EffectManager(); });
+}
+
 LxD3D12EffectManager* LxD3D12EffectManager::GetD3D12Ptr()
 {
     return dynamic_cast<LxD3D12EffectManager*>(LxEffectManager::GetExistingPtr());

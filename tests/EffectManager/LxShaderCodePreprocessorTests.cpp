@@ -1,9 +1,13 @@
-// Shader-code preprocessor tests: $include once, $insert every time, cycles, failures and #line directives.
+// Shader-code preprocessor tests: $include once, $insert every time, cycles, failures and #line directives, and the
+// map that takes compiler positions in the generated text back to the effect file.
 #include "EffectManager/LxShaderCodePreprocessor.h"
+#include "EffectManager/LxShaderLineMap.h"
 
 #include "support/LxTestSupport.h"
 
 #include <gtest/gtest.h>
+
+#include <string>
 
 namespace
 {
@@ -106,4 +110,70 @@ TEST(LxShaderCodePreprocessor, ExponentialInsertionIsBounded)
     LxTest::LogCapture capture;
     EXPECT_FALSE(pp.Process("$insert B0\n", 1, "s.fx", LX_SHADING_LANGUAGE_HLSL, out));
     EXPECT_TRUE(capture.Contains("makes the shader larger than")) << capture.All().substr(0, 400);
+}
+
+// Compiler positions in the generated text (macro lines, then preprocessed code with its directives) map back to the
+// lines the user wrote, in both message forms; macro lines, other files and text without a position stay.
+TEST(LxShaderLineMap, CompilerPositionsMapBackThroughTheDirectives)
+{
+    Blocks blocks;
+    blocks.Add("Common", "float common;\nfloat common2;\n", 3);
+    LxShaderCodePreprocessor pp;
+    pp.SetCodeBlocks(&blocks.array);
+    LxString code;
+    ASSERT_TRUE(pp.Process("float a;\n$include Common\nfloat b;\n", 20, "shader.fx", LX_SHADING_LANGUAGE_HLSL, code));
+    LxString source = "#define LX_3D_API_D3D12 1\n#define Q 2\n";
+    source.Append(code);
+    const LxShaderLineMap map(source);
+
+    // Every line holding a declaration maps to where it was written.
+    struct Where
+    {
+        const char* text;
+        const char* file;
+        unsigned int line;
+    };
+    const Where expected[] = {{"float a;", "shader.fx", 20},
+                              {"float common;", "blocks.fx", 3},
+                              {"float common2;", "blocks.fx", 4},
+                              {"float b;", "shader.fx", 22}};
+    for (const Where& w : expected)
+    {
+        SCOPED_TRACE(w.text);
+        const int at = source.Find(w.text);
+        ASSERT_GE(at, 0);
+        unsigned int generated = 1;
+        for (int i = 0; i < at; ++i)
+            generated += source.c_str()[i] == '\n' ? 1 : 0;
+        LxString file;
+        unsigned int line = 0;
+        ASSERT_TRUE(map.Lookup(generated, &file, &line));
+        EXPECT_STREQ(w.file, file.c_str());
+        EXPECT_EQ(w.line, line);
+    }
+    LxString file;
+    unsigned int line = 0;
+    EXPECT_FALSE(map.Lookup(1, &file, &line)) << "a macro line has no origin";
+    EXPECT_FALSE(map.Lookup(0, &file, &line));
+    EXPECT_FALSE(map.Lookup(10000, &file, &line));
+
+    unsigned int aLine = 1;
+    for (const char* p = source.c_str(); p < source.c_str() + source.Find("float a;"); ++p)
+        aLine += *p == '\n' ? 1 : 0;
+    LxString messages;
+    messages.Format("gen.hlsl(%u,5-9): error X3004: undeclared identifier 'x'\n"
+                    "gen.hlsl:%u:7: E5017: Aborting due to not implemented feature.\n"
+                    "gen.hlsl(1,1): warning X0000: on a macro line\n"
+                    "other.hlsl(%u,1): error X1: another file\n"
+                    "compilation failed\n",
+                    aLine, aLine, aLine);
+    const LxString mapped = map.MapMessages(messages, "gen.hlsl");
+    const std::string expectedText = "shader.fx(20,5-9): error X3004: undeclared identifier 'x'\n"
+                                     "shader.fx(20,7): E5017: Aborting due to not implemented feature.\n"
+                                     "gen.hlsl(1,1): warning X0000: on a macro line\n"
+                                     "other.hlsl(" +
+                                     std::to_string(aLine) +
+                                     ",1): error X1: another file\n"
+                                     "compilation failed\n";
+    EXPECT_EQ(expectedText, std::string(mapped.c_str()));
 }

@@ -133,7 +133,10 @@ protected:
         }
         // Constant-buffer copies live in the upload ring: it must learn when frames complete.
         s_rm->GetFrameRing().AddFrameEndListener(s_gpu);
-        LxD3D12EffectManager::Init();
+        // The platform manager comes through the creation seam, as an application gets it.
+        LxD3D12EffectManager::RegisterCreateFunction();
+        s_scratch = LxTest::MakeTempDir("d3d12fx");
+        LxEffectManager::GetRef().AddSearchPath(s_scratch.c_str());
         LxEffectManager::GetRef().AddSearchPath(FxDataDir().c_str());
         s_default = LxEffectManager::GetRef().LoadEffect("default.fx", LxEffectManager::LOAD_DEFAULT_EFFECT);
         LxEffectManager::GetRef().SetDefaultEffect(s_default);
@@ -142,6 +145,7 @@ protected:
     {
         s_default = LxCountedPtr<LxEffect>();
         LxEffectManager::ShutDown();
+        LxEffectManager::SetCreateFunction(nullptr);
         if (s_rm && s_gpu)
             s_rm->GetFrameRing().RemoveFrameEndListener(s_gpu);
         LxGPUResourceManager::ShutDown();
@@ -202,15 +206,63 @@ protected:
         return image;
     }
 
+    // Writes `text` as `name` in the scratch folder (on the search path), its time stamp `age` seconds from now so
+    // that a rewrite always counts as a change.
+    static void WriteEffect(const std::string& name, const std::string& text, int age = 0)
+    {
+        const std::string path = s_scratch + "/" + name;
+        LxTest::WriteBytes(path, text);
+        namespace fs = std::filesystem;
+        std::error_code ec;
+        fs::last_write_time(path, fs::file_time_type::clock::now() + std::chrono::seconds(age), ec);
+    }
+    // Clears, draws a full-screen triangle of `technique` and returns the centre pixel.
+    static FxRgba DrawCentre(LxEffect& fx, const char* technique)
+    {
+        if (!s_rm->BeginScene())
+            return {-1, -1, -1, -1};
+        s_rm->Clear(true, true, false);
+        Draw(fx, technique);
+        const FxRgba centre = FxPixel(Capture(), kFxSize / 2, kFxSize / 2);
+        s_rm->EndScene();
+        return centre;
+    }
+
+    static std::string s_scratch;
     static FxWindow* s_window;
     static LxD3D12RenderManager* s_rm;
     static LxD3D12GPUResourceManager* s_gpu;
     static LxCountedPtr<LxEffect> s_default;
 };
+std::string D3D12EffectTest::s_scratch;
 FxWindow* D3D12EffectTest::s_window = nullptr;
 LxD3D12RenderManager* D3D12EffectTest::s_rm = nullptr;
 LxD3D12GPUResourceManager* D3D12EffectTest::s_gpu = nullptr;
 LxCountedPtr<LxEffect> D3D12EffectTest::s_default;
+
+// A full-screen triangle in one colour; `extra` goes into the pixel shader's body.
+std::string SolidEffect(const char* color, const char* extra = "")
+{
+    return std::string(
+               "Technique Solid\n{\n  Pass P\n  {\n"
+               "    VertexShader()\n"
+               "      static const float2 kCorners[3] = { float2(-1, -1), float2(-1, 3), float2(3, -1) };\n"
+               "      float4 main(uint id : SV_VertexID) : SV_Position { return float4(kCorners[id], 0.5, 1); }\n"
+               "    EndVertexShader\n"
+               "    PixelShader()\n"
+               "      float4 main() : SV_Target\n"
+               "      {\n") +
+           extra + "        return float4(" + color + ");\n      }\n    EndPixelShader\n  }\n}\n";
+}
+
+struct FxListener : public LxEffectReloadListener
+{
+    void OnEffectReload(LxCountedPtr<LxEffect> oldEffect, LxCountedPtr<LxEffect> newEffect) override
+    {
+        calls.push_back({oldEffect.Get(), newEffect.Get()});
+    }
+    std::vector<std::pair<LxEffect*, LxEffect*>> calls;
+};
 
 const FxRgba kFxRed = {255, 0, 0, 255};
 const FxRgba kFxGreen = {0, 255, 0, 255};
@@ -373,4 +425,103 @@ TEST_F(D3D12EffectTest, InstancedStreamDrawsOneCopyPerInstance)
     fx->BindVertexBuffer("Corners", LxCountedPtr<LxGPUVertexBuffer>());
     fx->BindVertexBuffer("Offsets", LxCountedPtr<LxGPUVertexBuffer>());
     EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+TEST_F(D3D12EffectTest, ReloadDrawsTheNewColourAndABrokenRewriteKeepsTheOld)
+{
+    LxTest::LogCapture log;
+    WriteEffect("reload.fx", SolidEffect("1, 0, 0, 1"), -60);
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("reload.fx");
+    ASSERT_TRUE(fx) << log.All();
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), kFxRed);
+    FxListener listener;
+    Manager().AddReloadListener(&listener);
+
+    Manager().ReloadEffects(false);
+    EXPECT_TRUE(log.Contains("Skipped effect re-load: No changed shader files found on disk")) << log.All();
+    EXPECT_TRUE(listener.calls.empty());
+
+    LxEffect* before = fx.Get();
+    WriteEffect("reload.fx", SolidEffect("0, 1, 0, 1"), -30);
+    Manager().ReloadEffects(false);
+    ASSERT_EQ(listener.calls.size(), 1u) << log.All();
+    EXPECT_EQ(listener.calls[0].first, before);
+    EXPECT_EQ(listener.calls[0].second, fx.Get()) << "the holder's reference follows the reload";
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), kFxGreen);
+
+    // HLSL that does not compile: the reload fails, the green effect stays in use.
+    log.Clear();
+    WriteEffect("reload.fx", SolidEffect("0, 0, 1, 1", "        undefined_identifier += 1;\n"), 0);
+    Manager().ReloadEffects(false);
+    EXPECT_TRUE(log.Contains("Finished effect re-load with ERRORS!!!")) << log.All();
+    EXPECT_EQ(listener.calls.size(), 1u);
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), kFxGreen);
+    Manager().RemoveReloadListener(&listener);
+}
+
+TEST_F(D3D12EffectTest, SecondLoadCompilesNothingAndACorruptCacheIsRecompiled)
+{
+    LxTest::LogCapture log;
+    const std::string cacheDir = LxTest::MakeTempDir("shadercache");
+    Manager().SetShaderCachePath(cacheDir.c_str());
+    LxD3D12ShaderCompiler& compiler = LxD3D12EffectManager::GetD3D12Ptr()->GetCompiler();
+    WriteEffect("cached.fx", SolidEffect("0, 0, 1, 1"), -60);
+
+    unsigned compiles = compiler.GetCompileCount();
+    FxRgba first;
+    {
+        LxCountedPtr<LxEffect> fx = Manager().LoadEffect("cached.fx");
+        ASSERT_TRUE(fx) << log.All();
+        EXPECT_EQ(compiler.GetCompileCount(), compiles + 2) << "vertex and pixel shader";
+        first = DrawCentre(*fx, "Solid");
+        EXPECT_EQ(first, kFxBlue);
+    } // the last reference goes: the effect is unloaded
+    ASSERT_FALSE(Manager().IsEffectLoaded("cached.fx"));
+
+    namespace fs = std::filesystem;
+    std::vector<fs::path> files;
+    for (const fs::directory_entry& entry : fs::directory_iterator(cacheDir))
+        files.push_back(entry.path());
+    ASSERT_EQ(files.size(), 2u);
+    for (const fs::path& file : files)
+    {
+        const std::string name = file.filename().string();
+        const bool vertex = name.rfind("DX11_main__vs_5_0__", 0) == 0;
+        const bool pixel = name.rfind("DX11_main__ps_5_0__", 0) == 0;
+        EXPECT_TRUE(vertex || pixel) << name;
+        EXPECT_EQ(name.size(), std::string("DX11_main__vs_5_0__").size() + 32) << name;
+    }
+
+    compiles = compiler.GetCompileCount();
+    {
+        LxCountedPtr<LxEffect> fx = Manager().LoadEffect("cached.fx");
+        ASSERT_TRUE(fx) << log.All();
+        EXPECT_EQ(compiler.GetCompileCount(), compiles) << "every shader came from the cache";
+        EXPECT_EQ(DrawCentre(*fx, "Solid"), first);
+    }
+
+    // Damaged files: one truncated, one garbage. Both are compiled again and rewritten; nothing crashes.
+    const std::string whole = LxTest::ReadBytes(files[0].string());
+    LxTest::WriteBytes(files[0].string(), whole.substr(0, whole.size() / 2));
+    LxTest::WriteBytes(files[1].string(), std::string(300, 'x'));
+    compiles = compiler.GetCompileCount();
+    {
+        LxCountedPtr<LxEffect> fx = Manager().LoadEffect("cached.fx");
+        ASSERT_TRUE(fx) << log.All();
+        EXPECT_EQ(compiler.GetCompileCount(), compiles + 2);
+        EXPECT_EQ(DrawCentre(*fx, "Solid"), first);
+    }
+    EXPECT_EQ(LxTest::ReadBytes(files[0].string()), whole) << "the damaged file is replaced";
+    Manager().SetShaderCachePath("");
+}
+
+TEST_F(D3D12EffectTest, CompilerMessagesPointAtTheEffectFileLine)
+{
+    LxTest::LogCapture log;
+    // Line 12 of the file holds the mistake; the compiler sees it on another line of the generated text.
+    WriteEffect("hlsl_error.fx", SolidEffect("1, 1, 1, 1", "        float x = undefined_identifier;\n"));
+    EXPECT_FALSE(Manager().LoadEffect("hlsl_error.fx"));
+    EXPECT_TRUE(log.Contains("hlsl_error.fx(12")) << log.All();
+    EXPECT_FALSE(log.Contains(".generated.hlsl")) << log.All();
+    EXPECT_TRUE(log.Contains("Invalid effect file \"hlsl_error.fx\"")) << log.All();
 }
