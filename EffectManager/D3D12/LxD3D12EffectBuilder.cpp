@@ -266,13 +266,15 @@ bool LxD3D12EffectBuilder::Reflect(LxD3D12Shader& shader, LxD3D12Effect& effect)
             continue;
         }
         const LxString name(bind.Name ? bind.Name : "");
+        // An array indexed by constants is reflected one element at a time, named "t[1]".
+        const bool indexed = bind.BindCount > 1 || name.Find("[") >= 0;
         switch (bind.Type)
         {
         case D3D_SIT_CBUFFER:
             break; // below, with the buffer's variables
         case D3D_SIT_SAMPLER:
         {
-            if (bind.BindCount > 1)
+            if (indexed)
             {
                 ParseError("Indexable samplers are not supported by the Lumex effect system!");
                 ok = false;
@@ -294,7 +296,7 @@ bool LxD3D12EffectBuilder::Reflect(LxD3D12Shader& shader, LxD3D12Effect& effect)
         case D3D_SIT_STRUCTURED:
         case D3D_SIT_BYTEADDRESS:
         {
-            if (bind.BindCount > 1)
+            if (indexed)
             {
                 ParseError("Indexable shader resources are not supported by the Lumex effect system!");
                 ok = false;
@@ -388,7 +390,7 @@ bool LxD3D12EffectBuilder::Reflect(LxD3D12Shader& shader, LxD3D12Effect& effect)
         case D3D_SIT_UAV_CONSUME_STRUCTURED:
         case D3D_SIT_UAV_RWSTRUCTURED_WITH_COUNTER:
         {
-            if (bind.BindCount > 1)
+            if (indexed)
             {
                 ParseError("Indexable shader resources are not supported by the Lumex effect system!");
                 ok = false;

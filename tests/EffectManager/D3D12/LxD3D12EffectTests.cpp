@@ -8,6 +8,7 @@
 #include "EffectManager/D3D12/LxD3D12EffectBuilder.h"
 #include "EffectManager/D3D12/LxD3D12EffectManager.h"
 #include "EffectManager/D3D12/LxD3D12EffectPass.h"
+#include "EffectManager/LxEffectParser.h"
 #include "EffectManager/LxEffectReloadListener.h"
 #include "EffectManager/LxShaderCache.h"
 #include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
@@ -524,4 +525,74 @@ TEST_F(D3D12EffectTest, CompilerMessagesPointAtTheEffectFileLine)
     EXPECT_TRUE(log.Contains("hlsl_error.fx(12")) << log.All();
     EXPECT_FALSE(log.Contains(".generated.hlsl")) << log.All();
     EXPECT_TRUE(log.Contains("Invalid effect file \"hlsl_error.fx\"")) << log.All();
+}
+
+// Every file of d3d12/errors lists in "// expect: " lines the messages the Direct3D 12 builder must log for it
+// (reflection, render and sampler states, compute passes); the load must fail and log each verbatim.
+TEST_F(D3D12EffectTest, ErrorFilesReportEveryExpectedBuilderMessage)
+{
+    namespace fs = std::filesystem;
+    int files = 0;
+    for (const fs::directory_entry& entry : fs::directory_iterator(FxDataDir() + "/errors"))
+    {
+        const std::string name = entry.path().filename().string();
+        SCOPED_TRACE(name);
+        const std::string text = LxTest::ReadBytes(entry.path().string());
+        LxTest::LogCapture capture;
+        EXPECT_FALSE(Manager().LoadEffect(("errors/" + name).c_str()));
+        std::istringstream lines(text);
+        int expectations = 0;
+        for (std::string line; std::getline(lines, line);)
+        {
+            const std::string tag = "// expect: ";
+            if (line.rfind(tag, 0) != 0)
+                continue;
+            ++expectations;
+            const std::string message = line.substr(tag.size());
+            EXPECT_TRUE(capture.Contains(message)) << "missing: " << message << "\nlogged:\n" << capture.All();
+        }
+        EXPECT_GT(expectations, 0);
+        ++files;
+    }
+    EXPECT_GE(files, 5);
+}
+
+TEST_F(D3D12EffectTest, ProfilesFollowTheFeatureLevelAnd11_1IsRefused)
+{
+    struct Case
+    {
+        D3D_FEATURE_LEVEL level;
+        const char* suffix;
+    };
+    const Case cases[] = {
+        {D3D_FEATURE_LEVEL_9_1, "_2_0"},   {D3D_FEATURE_LEVEL_9_2, "_2_0"},  {D3D_FEATURE_LEVEL_9_3, "_3_0"},
+        {D3D_FEATURE_LEVEL_10_0, "_4_0"},  {D3D_FEATURE_LEVEL_10_1, "_4_1"}, {D3D_FEATURE_LEVEL_11_0, "_5_0"},
+        {D3D_FEATURE_LEVEL_11_1, nullptr}, {D3D_FEATURE_LEVEL_12_0, "_5_0"}, {D3D_FEATURE_LEVEL_12_1, "_5_0"}};
+    for (const Case& c : cases)
+    {
+        const char* suffix = LxD3D12EffectBuilder::GetProfileSuffix(c.level);
+        EXPECT_STREQ(c.suffix, suffix) << std::hex << c.level;
+    }
+
+    // A builder on an 11_1 device refuses every shader that names no profile; one that names it compiles.
+    LxTest::LogCapture log;
+    const std::string text = SolidEffect("1, 1, 1, 1");
+    for (const bool named : {false, true})
+    {
+        std::string source = text;
+        if (named)
+        {
+            source.replace(source.find("VertexShader()"), 14, "VertexShader( Profile = \"vs_5_0\" )");
+            source.replace(source.find("PixelShader()"), 13, "PixelShader( Profile = \"ps_5_0\" )");
+        }
+        LxD3D12EffectBuilder builder(s_rm->GetDevice(), D3D_FEATURE_LEVEL_11_1, nullptr);
+        LxEffectParser parser;
+        parser.Init("level.fx", source.c_str(), &builder);
+        LxEffect* fx = parser.Parse();
+        EXPECT_EQ(fx != nullptr, named) << log.All();
+        delete fx;
+    }
+    EXPECT_TRUE(log.Contains("level.fx(5) : Unknown feature level")) << log.All();
+    EXPECT_TRUE(log.Contains("level.fx(9) : Unknown feature level")) << log.All();
+    EXPECT_EQ(log.Count("Unknown feature level"), 2) << log.All();
 }
