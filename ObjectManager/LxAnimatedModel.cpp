@@ -10,15 +10,15 @@
 
 #include <cstring>
 
-LxAnimatedModel::LxAnimatedModel(const LxString& name, LxModel* model, LxAnimationSet* animations)
-    : LxObject(name), m_pModel(model)
+LxAnimatedModel::LxAnimatedModel(const LxString& name, const LxCountedPtr<LxModel>& model, LxAnimationSet* animations)
+    : LxObject(name), m_model(model)
 {
     if (animations)
     {
         m_animations.AddCurvesFromSet(*animations);
         delete animations;
     }
-    SetBoundingVolume(m_pModel->GetStaticBoundingBox());
+    SetBoundingVolume(m_model->GetStaticBoundingBox());
     RebuildAnimators();
 }
 
@@ -26,7 +26,6 @@ LxAnimatedModel::~LxAnimatedModel()
 {
     for (LxBoneAnimator* a : m_animators)
         delete a;
-    delete m_pModel;
 }
 
 bool LxAnimatedModel::GetWorldTransform(LxMatrix4* out) const
@@ -43,7 +42,7 @@ bool LxAnimatedModel::SetVisible(bool visible)
 
 bool LxAnimatedModel::GetStaticBoundingBox(LxPoint3* min, LxPoint3* max) const
 {
-    const LxBoundingBox& box = m_pModel->GetStaticBoundingBox();
+    const LxBoundingBox& box = m_model->GetStaticBoundingBox();
     if (box.IsEmpty())
         return false;
     *min = box.GetMin();
@@ -53,7 +52,7 @@ bool LxAnimatedModel::GetStaticBoundingBox(LxPoint3* min, LxPoint3* max) const
 
 bool LxAnimatedModel::GetStaticBoundingSphere(LxPoint3* center, float* radius) const
 {
-    const LxBoundingBox& box = m_pModel->GetStaticBoundingBox();
+    const LxBoundingBox& box = m_model->GetStaticBoundingBox();
     if (box.IsEmpty())
         return false;
     const LxBoundingSphere sphere(box);
@@ -68,7 +67,7 @@ void LxAnimatedModel::RebuildAnimators()
         delete a;
     m_animators.Clear();
     m_restPose.Clear();
-    const LxSkeleton* skeleton = m_pModel->GetSkeleton();
+    const LxSkeleton* skeleton = m_model->GetSkeleton();
     const unsigned int bones = skeleton ? skeleton->GetNumBones() : 0;
     for (unsigned int i = 0; i < bones; ++i)
     {
@@ -93,7 +92,7 @@ void LxAnimatedModel::RebuildAnimators()
 
 void LxAnimatedModel::PoseSkeleton(float t, LxArray<LxMatrix4>& out) const
 {
-    const LxSkeleton* skeleton = m_pModel->GetSkeleton();
+    const LxSkeleton* skeleton = m_model->GetSkeleton();
     if (!skeleton)
         return;
     LxArray<LxMatrix4>& pose = m_scratch;
@@ -141,7 +140,7 @@ bool LxAnimatedModel::HandleBoneAppUpdate(void* dst, unsigned int count, bool la
     if (m_nChunkBeingDrawn >= 0)
     {
         const LxArray<int>& chunkMap =
-            m_pModel->GetChunkDesc(static_cast<unsigned int>(m_nChunkBeingDrawn)).GetBoneMap();
+            m_model->GetChunkDesc(static_cast<unsigned int>(m_nChunkBeingDrawn)).GetBoneMap();
         if (!chunkMap.IsEmpty())
             map = &chunkMap;
     }
@@ -175,12 +174,14 @@ bool LxAnimatedModel::Draw(const LxFrustum* cullFrustum)
     LxObject* previous = objects.GetObjectBeingDrawn();
     objects.SetObjectBeingDrawn(this);
     bool drew = false;
-    for (unsigned int i = 0; i < m_pModel->GetChunkCount(); ++i)
+    LxModel& model = *m_model;
+    const unsigned int chunks = model.GetChunkCount();
+    for (unsigned int i = 0; i < chunks; ++i)
     {
-        if (!m_pModel->IsChunkVisible(i, &m_animations, m_fAnimationTime))
+        if (!model.IsChunkVisible(i, &m_animations, m_fAnimationTime))
             continue;
         m_nChunkBeingDrawn = static_cast<int>(i);
-        drew = m_pModel->DrawChunk(i, this, &m_animations, m_fAnimationTime) || drew;
+        drew = model.DrawChunk(i, this, &m_animations, m_fAnimationTime) || drew;
     }
     m_nChunkBeingDrawn = -1;
     objects.SetObjectBeingDrawn(previous);
@@ -202,13 +203,12 @@ void LxAnimatedModel::ReplaceAnimations(const LxAnimationSet& animations)
     m_animations.AddCurvesFromSet(animations);
 }
 
-void LxAnimatedModel::ReplaceModel(LxModel* model)
+void LxAnimatedModel::ReplaceModel(const LxCountedPtr<LxModel>& model)
 {
-    if (!model || model == m_pModel)
+    if (!model || model == m_model)
         return;
-    delete m_pModel;
-    m_pModel = model;
-    SetBoundingVolume(m_pModel->GetStaticBoundingBox());
+    m_model = model;
+    SetBoundingVolume(m_model->GetStaticBoundingBox());
 }
 
 void LxAnimatedModel::EndReload()

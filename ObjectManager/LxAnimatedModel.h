@@ -13,11 +13,13 @@
 // Reloading: the object manager calls StartReload, ReplaceAnimations and/or ReplaceModel, then EndReload, which
 // rebuilds the animators and tells the listeners.
 //
-// Ownership: owns its model and its animation set (whose curves may be shared). Frame thread only.
+// Ownership: shares its model (objects of one model file share one LxModel) and owns its animation set (whose curves
+// may be shared). Frame thread only.
 #pragma once
 
 #include "Common/LxApi.h"
 #include "Common/LxArray.h"
+#include "Common/LxCountedPtr.h"
 #include "Common/LxMatrix4.h"
 #include "Common/LxString.h"
 #include "ObjectManager/LxAnimationSet.h"
@@ -29,17 +31,22 @@ class LxModel;
 class LX_API LxAnimatedModel : public LxObject
 {
 public:
-    // Takes ownership of `model` (not null) and of `animations` (null: no animation).
-    LxAnimatedModel(const LxString& name, LxModel* model, LxAnimationSet* animations);
+    // Shares `model` (not null); takes ownership of `animations` (null: no animation).
+    LxAnimatedModel(const LxString& name, const LxCountedPtr<LxModel>& model, LxAnimationSet* animations);
     ~LxAnimatedModel() override;
 
     ObjectType GetObjectType() const override { return OBJECT_ANIMATED_MODEL; }
-    LxModel& GetModel() const { return *m_pModel; }
+    LxModel& GetModel() const { return *m_model; }
+    const LxCountedPtr<LxModel>& GetSharedModel() const { return m_model; }
     LxAnimationSet& GetAnimationSet() { return m_animations; }
     const LxAnimationSet& GetAnimationSet() const { return m_animations; }
 
     // --- placement and visibility -------------------------------------------------------------------------------
-    void SetWorldTransform(const LxMatrix4& world) { m_world = world; }
+    void SetWorldTransform(const LxMatrix4& world)
+    {
+        m_world = world;
+        WorldTransformChanged();
+    }
     bool GetWorldTransform(LxMatrix4* out) const override;
     bool HasWorldTransform() const override { return true; }
     bool IsVisible() const override { return m_bVisible; }
@@ -77,8 +84,8 @@ public:
     void StartReload() { m_bReloading = true; }
     // Clears the set and adds the curves of `animations` (shared).
     void ReplaceAnimations(const LxAnimationSet& animations);
-    // Takes ownership of `model` (not null) and deletes the old one.
-    void ReplaceModel(LxModel* model);
+    // Shares `model` (not null) instead of the current one.
+    void ReplaceModel(const LxCountedPtr<LxModel>& model);
     void EndReload();
 
 private:
@@ -86,7 +93,7 @@ private:
     // Copies one palette entry (already chosen and transformed) into dst at register `reg`.
     static void WriteBone(const LxMatrix4& m, float* dst, bool rows4x3);
 
-    LxModel* m_pModel;
+    LxCountedPtr<LxModel> m_model;
     LxAnimationSet m_animations;
     LxArray<LxBoneAnimator*> m_animators; // per skeleton bone; null where the bone has no curves
     LxArray<LxMatrix4> m_restPose;        // parent-relative rest transform per bone

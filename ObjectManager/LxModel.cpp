@@ -29,6 +29,20 @@ T* FindItem(const LxModelData& data, const LxString& name, LxModelDataType type)
 }
 } // namespace
 
+namespace
+{
+// Without a device every model would say so; once per process is enough.
+bool g_bReportedNoResources = false;
+} // namespace
+
+void LxModel::ReportNoResources()
+{
+    if (g_bReportedNoResources)
+        return;
+    g_bReportedNoResources = true;
+    LX_DEBUG("LxModel::Create.  No GPU buffers could be made; models draw with nothing bound");
+}
+
 LxModel::~LxModel()
 {
     delete m_pData;
@@ -88,6 +102,15 @@ bool LxModel::BuildChunk(unsigned int index)
     const LxModelChunkDesc& desc = *m_pData->GetChunkDesc(index);
     Chunk& chunk = m_chunks[index];
     chunk.leader = index;
+    chunk.primType = desc.GetPrimType();
+    chunk.indexed = desc.IsIndexed();
+    chunk.first = desc.IsIndexed() ? desc.GetIndexMin() : desc.GetVertexMin();
+    chunk.count =
+        desc.IsIndexed() ? desc.GetIndexMax() - desc.GetIndexMin() : desc.GetVertexMax() - desc.GetVertexMin();
+    chunk.hasVisibilityCurve = !desc.GetVisibilityCurve().IsEmpty();
+    for (const LxParameterSetting& setting : desc.GetParameterSettings())
+        if (setting.GetSource() != LxParameterSetting::SOURCE_EFFECT_DEFAULT)
+            chunk.hasSettings = true;
     if (index > 0 && m_pData->GetChunkDesc(index - 1)->GetName() == desc.GetName())
         chunk.leader = m_chunks[index - 1].leader;
 
@@ -150,11 +173,8 @@ bool LxModel::BuildChunk(unsigned int index)
             chunk.indexBuffer = LxGPUResourceManager::GetRef().CreateResourceIndex(
                 LxGPUResource::GPU_RESOURCE_STATIC, ib->GetDesc().indexSize, ib->GetDesc().indexCount, ib->GetData(),
                 LxGPUResource::BIND_INDEX_BUFFER);
-            if (!chunk.indexBuffer && !m_bWarnedNoResources)
-            {
-                m_bWarnedNoResources = true;
-                LX_DEBUG("LxModel::Create.  No GPU buffers could be made; the model draws with nothing bound");
-            }
+            if (!chunk.indexBuffer)
+                ReportNoResources();
         }
         else
             chunk.indexBuffer = m_chunks[chunk.leader].indexBuffer;
@@ -190,11 +210,8 @@ LxCountedPtr<LxGPUVertexBuffer> LxModel::GetVertexBuffer(const LxString& item)
     LxCountedPtr<LxGPUVertexBuffer> buffer = LxGPUResourceManager::GetRef().CreateResourceVertex(
         LxGPUResource::GPU_RESOURCE_STATIC, vb->GetDesc().vertexSize, vb->GetDesc().vertexCount, vb->GetData(),
         LxGPUResource::BIND_VERTEX_BUFFER);
-    if (!buffer && !m_bWarnedNoResources)
-    {
-        m_bWarnedNoResources = true;
-        LX_DEBUG("LxModel::Create.  No GPU buffers could be made; the model draws with nothing bound");
-    }
+    if (!buffer)
+        ReportNoResources();
     m_vbNames.Add(item);
     m_vbs.Add(buffer);
     return buffer;
@@ -252,12 +269,10 @@ void LxModel::ComputeBounds()
     }
 }
 
-bool LxModel::IsChunkVisible(unsigned int index, const LxAnimationSet* animations, float time) const
+bool LxModel::EvaluateVisibility(unsigned int index, const LxAnimationSet& animations, float time) const
 {
     const LxString& curveName = m_pData->GetChunkDesc(index)->GetVisibilityCurve();
-    if (curveName.IsEmpty() || !animations)
-        return true;
-    LxCountedPtr<LxAnimationCurve> curve = animations->GetCurve(curveName);
+    LxCountedPtr<LxAnimationCurve> curve = animations.GetCurve(curveName);
     if (!curve)
         return true;
     switch (curve->GetDataType())
@@ -281,7 +296,6 @@ bool LxModel::IsChunkVisible(unsigned int index, const LxAnimationSet* animation
 
 bool LxModel::DrawChunk(unsigned int index, const LxObject* owner, const LxAnimationSet* animations, float time)
 {
-    const LxModelChunkDesc& desc = *m_pData->GetChunkDesc(index);
     Chunk& chunk = m_chunks[index];
     LxEffect& effect = *chunk.effect;
 
@@ -290,7 +304,38 @@ bool LxModel::DrawChunk(unsigned int index, const LxObject* owner, const LxAnima
         effect.BindVertexBuffer(b.stream, b.buffer);
     for (const Chunk::TextureBinding& b : chunk.textures)
         effect.BindTexture(b.slot, b.view);
+    if (chunk.hasSettings)
+        ApplySettings(*m_pData->GetChunkDesc(index), effect, animations, time);
 
+    unsigned int passes = 0;
+    if (!effect.Begin(chunk.technique, &passes))
+        return false;
+    LxRenderManager& renderer = LxRenderManager::GetRef();
+    LxObjectManager* objects = LxObjectManager::GetExistingPtr();
+    const bool track = objects && owner && objects->IsDrawTracking();
+    bool drew = true;
+    for (unsigned int p = 0; p < passes; ++p)
+    {
+        if (!effect.BeginPass(p))
+        {
+            drew = false;
+            continue;
+        }
+        if (chunk.indexed)
+            renderer.DrawIndexed(chunk.primType, chunk.count, chunk.first, 0);
+        else
+            renderer.DrawNonIndexed(chunk.primType, chunk.count, chunk.first);
+        if (track)
+            objects->TrackDraw(*owner, chunk.indexed, chunk.primType);
+        effect.EndPass();
+    }
+    effect.End();
+    return drew;
+}
+
+void LxModel::ApplySettings(const LxModelChunkDesc& desc, LxEffect& effect, const LxAnimationSet* animations,
+                            float time)
+{
     for (const LxParameterSetting& s : desc.GetParameterSettings())
     {
         if (s.GetSource() == LxParameterSetting::SOURCE_EFFECT_DEFAULT)
@@ -308,28 +353,4 @@ bool LxModel::DrawChunk(unsigned int index, const LxObject* owner, const LxAnima
                 parameter->SetRawValue(value, curve->GetValueSize());
         }
     }
-
-    unsigned int passes = 0;
-    if (!effect.Begin(chunk.technique, &passes))
-        return false;
-    LxRenderManager& renderer = LxRenderManager::GetRef();
-    LxObjectManager* objects = LxObjectManager::GetExistingPtr();
-    bool drew = true;
-    for (unsigned int p = 0; p < passes; ++p)
-    {
-        if (!effect.BeginPass(p))
-        {
-            drew = false;
-            continue;
-        }
-        if (desc.IsIndexed())
-            renderer.DrawIndexed(desc.GetPrimType(), desc.GetIndexMax() - desc.GetIndexMin(), desc.GetIndexMin(), 0);
-        else
-            renderer.DrawNonIndexed(desc.GetPrimType(), desc.GetVertexMax() - desc.GetVertexMin(), desc.GetVertexMin());
-        if (objects && owner)
-            objects->TrackDraw(*owner, desc.IsIndexed(), desc.GetPrimType());
-        effect.EndPass();
-    }
-    effect.End();
-    return drew;
 }

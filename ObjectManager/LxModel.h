@@ -14,7 +14,8 @@
 // position) of every vertex in each chunk's vertex range of its first vertex buffer.
 //
 // Ownership: the model owns its model data; effects and GPU resources are shared (LxCountedPtr). Create and
-// LoadFromPath return a new model the caller deletes, or null after logging. Frame thread only.
+// LoadFromPath return a new model the caller owns, or null after logging. A model holds no per-object state, so
+// every object made from one file shares it (the object manager keeps one per file). Frame thread only.
 #pragma once
 
 #include "Common/LxApi.h"
@@ -27,6 +28,7 @@
 #include "GPUResourceManager/LxGPUSamplingResourceView.h"
 #include "GPUResourceManager/LxGPUTexture2DArray.h"
 #include "GPUResourceManager/LxGPUVertexBuffer.h"
+#include "RenderManager/include/LxRenderManager.h"
 
 class LxAnimationSet;
 class LxModelChunkDesc;
@@ -57,7 +59,10 @@ public:
     LxEffectTechnique* GetChunkTechnique(unsigned int index) const { return m_chunks[index].technique; }
 
     // Whether the chunk's visibility curve (if any) shows it at `time`; true without a curve or a set.
-    bool IsChunkVisible(unsigned int index, const LxAnimationSet* animations, float time) const;
+    bool IsChunkVisible(unsigned int index, const LxAnimationSet* animations, float time) const
+    {
+        return !m_chunks[index].hasVisibilityCurve || !animations || EvaluateVisibility(index, *animations, time);
+    }
     // Draws chunk `index` for `owner` (tracked under the owner's name); animated parameter settings read their
     // curves from `animations` at `time`. False when the effect refused to draw.
     bool DrawChunk(unsigned int index, const LxObject* owner, const LxAnimationSet* animations, float time);
@@ -68,6 +73,12 @@ private:
         LxCountedPtr<LxEffect> effect;
         LxEffectTechnique* technique = nullptr;
         unsigned int leader = 0; // index of the chunk whose geometry this one draws
+        // What a draw needs of the description, kept here so drawing touches one record per chunk.
+        LxRenderManager::PrimType primType = LxRenderManager::PRIM_TRIANGLE_LIST;
+        bool indexed = true;
+        bool hasVisibilityCurve = false;
+        bool hasSettings = false;
+        unsigned int first = 0, count = 0;
         struct VertexBinding
         {
             const LxVertexStreamDecl* stream;
@@ -87,6 +98,10 @@ private:
     bool Build();
     bool BuildChunk(unsigned int index);
     void ComputeBounds();
+    static void ReportNoResources();
+    bool EvaluateVisibility(unsigned int index, const LxAnimationSet& animations, float time) const;
+    static void ApplySettings(const LxModelChunkDesc& desc, LxEffect& effect, const LxAnimationSet* animations,
+                              float time);
     LxCountedPtr<LxGPUVertexBuffer> GetVertexBuffer(const LxString& item);
     LxCountedPtr<LxGPUTexture2DArray> GetTexture(const LxString& item);
 
@@ -98,5 +113,4 @@ private:
     LxArray<LxCountedPtr<LxGPUVertexBuffer>> m_vbs;
     LxArray<LxString> m_textureNames;
     LxArray<LxCountedPtr<LxGPUTexture2DArray>> m_textureResources;
-    bool m_bWarnedNoResources = false;
 };

@@ -87,20 +87,21 @@ bool LxObject::HandleBoneAppUpdate(void*, unsigned int, bool, bool, bool)
     return false;
 }
 
-LxBoundingBox LxObject::GetBoundingBox() const
+const LxBoundingBox& LxObject::GetBoundingBox() const
 {
-    if (m_bounds.IsEmpty())
-        return m_bounds;
-    LxBoundingBox box = m_bounds;
+    if (m_bWorldBoundsValid)
+        return m_worldBounds;
+    m_worldBounds = m_bounds;
     LxMatrix4 world;
-    if (HasWorldTransform() && GetWorldTransform(&world))
-        m_bounds.Transform(world, &box);
-    return box;
+    if (!m_bounds.IsEmpty() && HasWorldTransform() && GetWorldTransform(&world))
+        m_bounds.Transform(world, &m_worldBounds);
+    m_bWorldBoundsValid = true;
+    return m_worldBounds;
 }
 
 bool LxObject::IntersectsFrustum(const LxFrustum& frustum) const
 {
-    const LxBoundingBox box = GetBoundingBox();
+    const LxBoundingBox& box = GetBoundingBox();
     if (box.IsEmpty())
         return true;
     return frustum.CullAxisAlignedBox(box) != LxFrustum::LX_CULL_OUTSIDE;

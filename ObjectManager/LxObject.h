@@ -75,11 +75,19 @@ public:
                                      bool rows4x3);
 
     // --- bounds and culling -------------------------------------------------------------------------------------
-    virtual void SetBoundingVolume(const LxBoundingBox& box) { m_bounds = box; }
+    virtual void SetBoundingVolume(const LxBoundingBox& box)
+    {
+        m_bounds = box;
+        m_bWorldBoundsValid = false;
+    }
     // The object-space box as given.
     const LxBoundingBox& GetBoundingVolume() const { return m_bounds; }
-    // The box in world space (moved by the world transform when there is one); empty when none was set.
-    LxBoundingBox GetBoundingBox() const;
+    // The box in world space (moved by the world transform when there is one); empty when none was set. The moved
+    // box is kept until the box changes or WorldTransformChanged is called, so handlers asking for both corners of
+    // thousands of objects pay once per change.
+    const LxBoundingBox& GetBoundingBox() const;
+    // A derived class whose world transform changed calls this (the kept world box is then recomputed).
+    void WorldTransformChanged() { m_bWorldBoundsValid = false; }
     // False only when the world box lies wholly outside the frustum.
     bool IntersectsFrustum(const LxFrustum& frustum) const;
 
@@ -88,4 +96,6 @@ private:
     LxArray<LxString> m_properties;
     LxArray<LxObjectListener*> m_listeners;
     LxBoundingBox m_bounds;
+    mutable LxBoundingBox m_worldBounds;
+    mutable bool m_bWorldBoundsValid = false;
 };

@@ -91,7 +91,7 @@ public:
         case BOUNDING_BOX_MIN:
         case BOUNDING_BOX_MAX:
         {
-            const LxBoundingBox box = object->GetBoundingBox();
+            const LxBoundingBox& box = object->GetBoundingBox();
             const LxPoint3 p = box.IsEmpty() ? LxPoint3() : (m_value == BOUNDING_BOX_MIN ? box.GetMin() : box.GetMax());
             CopyVector(p.x, p.y, p.z, 1.0f, data, size);
             break;
@@ -309,10 +309,8 @@ LxCountedPtr<LxUpdateHandler> LxObjectManager::GetUpdateHandler(const LxString& 
 
 LxObject* LxObjectManager::GetObjectByName(const LxString& name) const
 {
-    for (LxObject* o : m_objects)
-        if (o->GetName() == name)
-            return o;
-    return nullptr;
+    LxObject* const* found = m_objectsByName.FindValue(name);
+    return found ? *found : nullptr;
 }
 
 bool LxObjectManager::RegisterPluginObject(LxObject* object)
@@ -327,6 +325,7 @@ bool LxObjectManager::RegisterPluginObject(LxObject* object)
         return false;
     }
     m_objects.Add(object);
+    m_objectsByName.Insert(object->GetName(), object);
     return true;
 }
 
@@ -339,6 +338,7 @@ bool LxObjectManager::DestroyObject(LxObject* object)
     }
     if (m_pObjectBeingDrawn == object)
         m_pObjectBeingDrawn = nullptr;
+    m_objectsByName.Erase(object->GetName());
     delete object;
     return true;
 }
@@ -359,7 +359,7 @@ LxAnimatedModel* LxObjectManager::CreateAnimatedModel(const LxString& name, cons
         LX_ERROR("Model file: %s is missing.", modelFile.c_str());
         return nullptr;
     }
-    LxModel* model = LxModel::LoadFromPath(modelPath);
+    LxCountedPtr<LxModel> model = GetModel(modelPath);
     if (!model)
         return nullptr;
     LxAnimationSet* animations = nullptr;
@@ -378,6 +378,7 @@ LxAnimatedModel* LxObjectManager::CreateAnimatedModel(const LxString& name, cons
     LxAnimatedModel* object = new LxAnimatedModel(name, model, animations);
     object->SetSourceFiles(modelFile, GetFileStamp(modelPath, "manifest.txt"), animationFile, animationStamp);
     m_objects.Add(object);
+    m_objectsByName.Insert(name, object);
     return object;
 }
 
@@ -414,7 +415,30 @@ LxParticleGroup* LxObjectManager::CreateParticleGroup(const LxString& name, cons
         return nullptr;
     group->SetSourceFile(particleFile, GetFileStamp(particlePath, "particleFile.txt"));
     m_objects.Add(group);
+    m_objectsByName.Insert(name, group);
     return group;
+}
+
+LxCountedPtr<LxModel> LxObjectManager::GetModel(const LxString& path)
+{
+    const long long stamp = GetFileStamp(path, "manifest.txt");
+    for (ModelRecord& r : m_models)
+        if (r.path == path)
+        {
+            if (r.stamp == stamp)
+                return r.model;
+            LxCountedPtr<LxModel> model(LxModel::LoadFromPath(path));
+            if (model)
+            {
+                r.model = model;
+                r.stamp = stamp;
+            }
+            return model;
+        }
+    LxCountedPtr<LxModel> model(LxModel::LoadFromPath(path));
+    if (model)
+        m_models.Add(ModelRecord{path, model, stamp});
+    return model;
 }
 
 // --- files ------------------------------------------------------------------------------------------------------
@@ -468,17 +492,18 @@ long long LxObjectManager::GetFileStamp(const LxString& path, const LxString& ke
 void LxObjectManager::ReloadObjects(bool force)
 {
     LX_MESSAGE("Starting object reload.");
+    LxArray<LxString> reloadedPaths;
     for (LxObject* o : m_objects)
     {
         if (o->GetObjectType() == LxObject::OBJECT_ANIMATED_MODEL)
-            ReloadModel(*static_cast<LxAnimatedModel*>(o), force);
+            ReloadModel(*static_cast<LxAnimatedModel*>(o), force, reloadedPaths);
         else if (o->GetObjectType() == LxObject::OBJECT_PARTICLE_GROUP)
             ReloadParticleGroup(*static_cast<LxParticleGroup*>(o), force);
     }
     LX_MESSAGE("Object re-load complete.");
 }
 
-void LxObjectManager::ReloadModel(LxAnimatedModel& model, bool force)
+void LxObjectManager::ReloadModel(LxAnimatedModel& model, bool force, LxArray<LxString>& reloadedPaths)
 {
     model.StartReload();
     const LxString& animationFile = model.GetAnimationFile();
@@ -511,16 +536,42 @@ void LxObjectManager::ReloadModel(LxAnimatedModel& model, bool force)
         const long long stamp = GetFileStamp(path, "manifest.txt");
         if (!force && stamp == model.GetModelTimeStamp())
             LX_MESSAGE("Skipping unchanged model: %s", modelFile.c_str());
-        else if (LxModel* replacement = LxModel::LoadFromPath(path))
-        {
-            if (m_pObjectBeingDrawn == &model)
-                m_pObjectBeingDrawn = nullptr;
-            model.ReplaceModel(replacement);
-            model.SetModelTimeStamp(stamp);
-            LX_MESSAGE("Re-loaded model: %s", modelFile.c_str());
-        }
         else
-            LX_ERROR("Failed to reload model from file: %s", modelFile.c_str());
+        {
+            // Another object of this file may have loaded it already in this pass.
+            LxCountedPtr<LxModel> replacement;
+            for (const ModelRecord& r : m_models)
+                if (r.path == path && reloadedPaths.Contains(path))
+                    replacement = r.model;
+            if (!replacement)
+            {
+                replacement = LxCountedPtr<LxModel>(LxModel::LoadFromPath(path));
+                if (replacement)
+                {
+                    bool known = false;
+                    for (ModelRecord& r : m_models)
+                        if (r.path == path)
+                        {
+                            r.model = replacement;
+                            r.stamp = stamp;
+                            known = true;
+                        }
+                    if (!known)
+                        m_models.Add(ModelRecord{path, replacement, stamp});
+                    reloadedPaths.Add(path);
+                }
+            }
+            if (replacement)
+            {
+                if (m_pObjectBeingDrawn == &model)
+                    m_pObjectBeingDrawn = nullptr;
+                model.ReplaceModel(replacement);
+                model.SetModelTimeStamp(stamp);
+                LX_MESSAGE("Re-loaded model: %s", modelFile.c_str());
+            }
+            else
+                LX_ERROR("Failed to reload model from file: %s", modelFile.c_str());
+        }
     }
     model.EndReload();
 }

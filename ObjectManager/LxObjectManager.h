@@ -20,6 +20,9 @@
 // A name outside the list may be served by a factory registered here (RegisterUpdateHandlerFactory), which is how a
 // plug-in object type adds values of its own; any other name is refused.
 //
+// Models: every animated model made from one model file shares one LxModel (its buffers, effects and skeleton); a
+// reload loads a changed file once and hands the new model to every object made from it.
+//
 // File time stamps (reload): a zip archive's own time; for a folder, the newer of the folder's and its key file's
 // ("manifest.txt" for models and animation sets, "particleFile.txt" for particle groups). `force` reloads every file
 // that exists, changed or not.
@@ -28,12 +31,14 @@
 //   "<name>\t( <indexed>:<non-indexed>\t<points>:<lines>:<triangles> )\n", counting draws; patch lists count as
 // triangles.
 //
-// Singleton: GetPtr/GetRef create it; ShutDown deletes it with every object it owns. Frame thread only.
+// Singleton: GetPtr/GetRef create it; ShutDown deletes it with every object it owns. Objects hold effects, so the
+// object manager is shut down before the effect manager. Frame thread only.
 #pragma once
 
 #include "Common/LxApi.h"
 #include "Common/LxArray.h"
 #include "Common/LxCountedPtr.h"
+#include "Common/LxHashMap.h"
 #include "Common/LxString.h"
 #include "EffectManager/LxUpdateHandler.h"
 #include "EffectManager/LxUpdateHandlerFactory.h"
@@ -42,6 +47,7 @@
 
 class LxAnimatedModel;
 class LxAnnotationMap;
+class LxModel;
 class LxParticleGroup;
 
 class LX_API LxObjectManager : public LxUpdateHandlerFactory
@@ -112,7 +118,9 @@ private:
     LxObjectManager(const LxObjectManager&) = delete;
     LxObjectManager& operator=(const LxObjectManager&) = delete;
 
-    void ReloadModel(LxAnimatedModel& model, bool force);
+    void ReloadModel(LxAnimatedModel& model, bool force, LxArray<LxString>& reloadedPaths);
+    // The shared model of `path`, loaded when it is not known or its file changed; empty after logging.
+    LxCountedPtr<LxModel> GetModel(const LxString& path);
     void ReloadParticleGroup(LxParticleGroup& group, bool force);
 
     struct TrackedObject
@@ -126,7 +134,16 @@ private:
         LxUpdateHandlerFactory* factory;
     };
 
+    struct ModelRecord
+    {
+        LxString path;
+        LxCountedPtr<LxModel> model;
+        long long stamp;
+    };
+
     LxArray<LxObject*> m_objects;
+    LxHashMap<LxString, LxObject*, LxStringHasher> m_objectsByName;
+    LxArray<ModelRecord> m_models;
     LxArray<LxString> m_searchPaths;
     LxObject* m_pObjectBeingDrawn = nullptr;
     unsigned int m_nCulled = 0;

@@ -55,7 +55,11 @@ public:
     // Every system starts again from no particles with its seed; the next update only records the time.
     void Restart();
 
-    void SetWorldTransform(const LxMatrix4& world) { m_world = world; }
+    void SetWorldTransform(const LxMatrix4& world)
+    {
+        m_world = world;
+        WorldTransformChanged();
+    }
     bool GetWorldTransform(LxMatrix4* out) const override;
     bool HasWorldTransform() const override { return true; }
     bool IsVisible() const override { return m_bVisible; }

@@ -2,6 +2,7 @@
 // worked out by hand, culling with draw statistics and the draw-tracking report, creation rules and reloads.
 #include "LxModelTestUtil.h"
 #include "LxSceneTestUtil.h"
+#include "support/LxTestSupport.h"
 
 #include "Common/LxLogManager.h"
 #include "EffectManager/LxAnnotationMap.h"
@@ -67,7 +68,7 @@ public:
 
 TEST(LxObjectManager, HandlersCheckTheParameterType)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     LxObjectManager& objects = LxObjectManager::GetRef();
     const int M = LxEffectParameter::TYPE_MATRIX, V = LxEffectParameter::TYPE_VECTOR, F = LxEffectParameter::TYPE_FLOAT;
     struct Case
@@ -111,7 +112,7 @@ TEST(LxObjectManager, HandlersCheckTheParameterType)
 
 TEST(LxObjectManager, BaseObjectsRefuseOptionalQueries)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     PlainObject* plain = new PlainObject("plain");
     ASSERT_TRUE(LxObjectManager::GetRef().RegisterPluginObject(plain));
     EXPECT_EQ(plain, LxObjectManager::GetRef().GetObjectByName("plain"));
@@ -147,7 +148,7 @@ TEST(LxObjectManager, BaseObjectsRefuseOptionalQueries)
 
 TEST(LxObjectManager, BonePalettesOfAPosedSkeleton)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     SaveQuad(scene, true);
     LxAnimatedModel* model = LxObjectManager::GetRef().CreateAnimatedModel("quad", "quad", "quad.anim");
     ASSERT_NE(nullptr, model);
@@ -189,7 +190,7 @@ TEST(LxObjectManager, BonePalettesOfAPosedSkeleton)
 
 TEST(LxObjectManager, CullingAndDrawTracking)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     SaveQuad(scene, false);
     LxObjectManager& objects = LxObjectManager::GetRef();
     LxAnimatedModel* near = objects.CreateAnimatedModel("near", "quad");
@@ -229,7 +230,7 @@ TEST(LxObjectManager, CullingAndDrawTracking)
 
 TEST(LxObjectManager, CreationRules)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     SaveQuad(scene, false);
     LxObjectManager& objects = LxObjectManager::GetRef();
     Messages log;
@@ -262,7 +263,7 @@ TEST(LxObjectManager, CreationRules)
 
 TEST(LxObjectManager, ReloadLogsWhatChanged)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     SaveQuad(scene, true);
     const std::string fireText = "Lumex Particle Editor Project 1.0\nParticleSystem GPUBillboard Sparks\n"
                                  "Effect \"particles.fx\"\nEndParticleSystem\n";

@@ -21,10 +21,10 @@
 #include "ObjectManager/LxObjectManager.h"
 #include "ObjectManager/LxSkeleton.h"
 #include "RenderManager/include/LxRenderManager.h"
-#include "support/LxTestSupport.h"
 
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace LxSceneTest
@@ -116,14 +116,14 @@ inline LxModelData* MakeQuadModel()
     return model;
 }
 
-// Over a fresh temporary folder (searched by the effect and object managers): the CPU effect manager with its
+// Over a folder that exists (searched by the effect and object managers): the CPU effect manager with its
 // default effect, the object and camera managers registered as update-handler factories, draw blocking on.
 class Scene
 {
 public:
-    Scene()
+    explicit Scene(const std::string& folder)
     {
-        dir = LxTest::MakeTempDir("scene");
+        dir = folder;
         LxEffectManager::Init(new CpuEffectManager());
         LxEffectManager::GetRef().AddSearchPath(dir.c_str());
         Write("default.fx", kDefaultEffect);
@@ -152,7 +152,7 @@ public:
     {
         const std::filesystem::path path(dir + "/" + name);
         std::filesystem::create_directories(path.parent_path());
-        LxTest::WriteBytes(path.string(), text);
+        std::ofstream(path, std::ios::binary) << text;
     }
     std::string Path(const std::string& name) const { return dir + "/" + name; }
 

@@ -1,5 +1,6 @@
 // Particle groups as scene objects, the strategy and fly-path camera controllers, and the per-frame update order.
 #include "LxSceneTestUtil.h"
+#include "support/LxTestSupport.h"
 
 #include "Common/LxClock.h"
 #include "Common/LxTimeSource.h"
@@ -38,7 +39,7 @@ bool SameParticles(const LxParticleSimulator& a, const LxParticleSimulator& b)
 
 TEST(LxParticleGroup, SimulatesAndDrawsItsSystems)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     scene.Write("fire/particleFile.txt",
                 "Lumex Particle Editor Project 1.0\nParticleSystem GPUBillboard Sparks Effect \"particles.fx\"\n"
                 "  WarmUp 0.5\n"
@@ -198,7 +199,7 @@ public:
 
 TEST(LxFrameUpdate, UpdatesObjectsThenCamerasThenDraws)
 {
-    Scene scene;
+    Scene scene(LxTest::MakeTempDir("scene"));
     std::vector<std::string> log;
     Recorder* recorder = new Recorder(log);
     ASSERT_TRUE(LxObjectManager::GetRef().RegisterPluginObject(recorder));
