@@ -342,6 +342,10 @@ bool LxEffect::BeginPass(unsigned int index)
     m_nActivePass = static_cast<int>(index);
     if (LxEffectDrawContext* context = LxEffectDrawContext::GetGlobal())
         context->SetCurrentPass(this, index);
+    // Application-updated parameters take this draw's values (the object being drawn, the active camera) before the
+    // pass copies parameter values into its constant buffers.
+    for (unsigned int i = 0; i < m_parameters.GetCount(); ++i)
+        m_parameters[i]->ExecuteUpdateHandler();
     return pass->Bind(*this);
 }
 
