@@ -23,7 +23,8 @@ bool LxDemoOptions::Parse(int argc, char** argv, std::string* error)
     {
         const std::string option = argv[i];
         const bool takesValue = option == "--frames" || option == "--width" || option == "--height" ||
-                                option == "--out" || option == "--data" || option == "--shots" || option == "--step";
+                                option == "--out" || option == "--data" || option == "--cache" || option == "--shots" ||
+                                option == "--step";
         if (takesValue && i + 1 >= argc)
         {
             *error = option + " needs a value";
@@ -43,6 +44,8 @@ bool LxDemoOptions::Parse(int argc, char** argv, std::string* error)
             outputFolder = value;
         else if (option == "--data")
             dataFolder = value;
+        else if (option == "--cache")
+            cacheFolder = value;
         else if (option == "--step")
         {
             char* end = nullptr;
@@ -97,6 +100,6 @@ bool LxDemoOptions::Parse(int argc, char** argv, std::string* error)
 
 const char* LxDemoOptions::Usage()
 {
-    return "usage: LumexDemo [--frames N] [--width W] [--height H] [--out DIR] [--data DIR] [--shots A,B,...]\n"
-           "                 [--step SECONDS] [--interactive] [--watch]\n";
+    return "usage: LumexDemo [--frames N] [--width W] [--height H] [--out DIR] [--data DIR] [--cache DIR]\n"
+           "                 [--shots A,B,...] [--step SECONDS] [--interactive] [--watch]\n";
 }

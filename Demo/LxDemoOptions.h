@@ -6,6 +6,7 @@
 //   --width W         client width (default 640)      --height H   client height (default 480)
 //   --out DIR         output folder for screenshots, report and log (default "demo-output", made if missing)
 //   --data DIR        the demo's data folder (default "data" next to the executable)
+//   --cache DIR       the shader cache (default "shader-cache"; a second run compiles nothing)
 //   --shots A,B,...   frames whose back buffer is saved as PNG (default: 1, the middle and the last frame)
 //   --step SECONDS    fixed clock step per frame (default 1/60); ignored with --interactive
 //   --interactive     real time, a window that stays until closed (for a machine with a display)
@@ -26,6 +27,7 @@ public:
     unsigned height = 480;
     std::string outputFolder = "demo-output";
     std::string dataFolder = "data";
+    std::string cacheFolder = "shader-cache";
     std::vector<unsigned> screenshotFrames; // filled by Parse when --shots is not given
     double fixedStep = 1.0 / 60.0;
     bool interactive = false;
