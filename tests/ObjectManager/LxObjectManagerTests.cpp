@@ -270,8 +270,11 @@ TEST(LxObjectManager, ReloadLogsWhatChanged)
     scene.Write("fire/particleFile.txt", fireText);
     LxObjectManager& objects = LxObjectManager::GetRef();
     LxAnimatedModel* model = objects.CreateAnimatedModel("quad", "quad", "quad.anim");
+    LxAnimatedModel* twin = objects.CreateAnimatedModel("twin", "quad");
     LxParticleGroup* fire = objects.CreateParticleGroup("fire", "fire");
-    ASSERT_TRUE(model && fire);
+    ASSERT_TRUE(model && twin && fire);
+    EXPECT_EQ(model->GetSharedModel(), twin->GetSharedModel()) << "one model file, one model";
+    const LxCountedPtr<LxModel> before = model->GetSharedModel();
     int bump = 0;
     auto touch = [&](const std::string& name)
     {
@@ -295,8 +298,8 @@ TEST(LxObjectManager, ReloadLogsWhatChanged)
     auto hasError = [&](const std::string& e) { return std::find(errors.begin(), errors.end(), e) != errors.end(); };
 
     EXPECT_EQ((std::vector<std::string>{"Starting object reload.", "Skipping unchanged animation set: quad.anim",
-                                        "Skipping unchanged model: quad", "Skipping unchanged particle group: fire",
-                                        "Object re-load complete."}),
+                                        "Skipping unchanged model: quad", "Skipping unchanged model: quad",
+                                        "Skipping unchanged particle group: fire", "Object re-load complete."}),
               reload(false));
     EXPECT_TRUE(errors.empty());
 
@@ -304,7 +307,8 @@ TEST(LxObjectManager, ReloadLogsWhatChanged)
     scene.Write("fire/particleFile.txt", "Lumex Particle Editor Project 1.0\nParticleSystem Broken");
     touch("fire/particleFile.txt");
     EXPECT_EQ((std::vector<std::string>{"Starting object reload.", "Re-loaded animation set: quad.anim",
-                                        "Skipping unchanged model: quad", "Object re-load complete."}),
+                                        "Skipping unchanged model: quad", "Skipping unchanged model: quad",
+                                        "Object re-load complete."}),
               reload(false));
     EXPECT_TRUE(hasError("Failed to reload particle group from file: fire"));
     EXPECT_EQ(1u, fire->GetSystemCount()) << "a failed reload keeps the group";
@@ -312,9 +316,11 @@ TEST(LxObjectManager, ReloadLogsWhatChanged)
 
     scene.Write("fire/particleFile.txt", fireText);
     std::filesystem::remove_all(scene.Path("quad.anim"));
-    EXPECT_EQ((std::vector<std::string>{"Starting object reload.", "Re-loaded model: quad",
+    EXPECT_EQ((std::vector<std::string>{"Starting object reload.", "Re-loaded model: quad", "Re-loaded model: quad",
                                         "Re-loaded paritcle group: fire", "Object re-load complete."}),
               reload(true));
+    EXPECT_NE(before, model->GetSharedModel());
+    EXPECT_EQ(model->GetSharedModel(), twin->GetSharedModel()) << "loaded once, handed to both";
     EXPECT_EQ(std::vector<std::string>{"Animation file: quad.anim is missing."}, errors);
     EXPECT_EQ(2u, model->GetAnimationSet().GetCount()) << "curves stay when their file is gone";
 }
