@@ -116,7 +116,7 @@ else()
   endif()
   # What did load is still drawn: the sparks use neither damaged file.
   file(READ ${WORK}/out/report.txt report)
-  if(NOT report MATCHES "\n  sparks\t\( 0:[1-9][0-9]*\t")
+  if(NOT report MATCHES "\n  sparks\t\\( 0:[1-9][0-9]*\t")
     fail("the sparks were not drawn:\n${report}")
   endif()
 endif()
