@@ -4,6 +4,16 @@
 #include "EffectManager/D3D12/LxD3D12EffectBuilder.h"
 #include "RenderManager/D3D12/LxD3D12RenderManager.h"
 
+namespace
+{
+// The library registers its platform manager when it loads, so LxEffectManager::GetRef() in an application is the
+// Direct3D 12 manager without further calls.
+struct RegisterD3D12EffectManager
+{
+    RegisterD3D12EffectManager() { LxD3D12EffectManager::RegisterCreateFunction(); }
+} g_registerD3D12EffectManager;
+} // namespace
+
 bool LxD3D12EffectManager::Init()
 {
     return LxEffectManager::Init(new LxD3D12EffectManager());
@@ -21,12 +31,13 @@ LxD3D12EffectManager* LxD3D12EffectManager::GetD3D12Ptr()
 
 LxEffectBuilder* LxD3D12EffectManager::CreateEffectBuilder(bool isDefaultEffect)
 {
-    (void)isDefaultEffect;
     LxD3D12RenderManager* renderManager = LxD3D12RenderManager::GetD3D12Ptr();
     if (!renderManager || !renderManager->GetDevice())
     {
-        LX_ERROR("LxD3D12EffectManager::CreateEffectBuilder.  The Direct3D 12 render manager is not initialised");
-        return nullptr;
+        // No device yet (tools, device-free tests): the effect is built without compiling, as the generic manager
+        // does; it cannot draw.
+        LX_DEBUG("LxD3D12EffectManager::CreateEffectBuilder.  No Direct3D 12 device: effects are built uncompiled");
+        return LxEffectManager::CreateEffectBuilder(isDefaultEffect);
     }
     return new LxD3D12EffectBuilder(renderManager->GetDevice(), renderManager->GetFeatureLevel(), &m_compiler);
 }

@@ -2,9 +2,9 @@
 // manager's device and feature level, compiling with the manager's LxD3D12ShaderCompiler (whose compile count shows
 // what the shader cache saved).
 //
-// Install it before anything asks for the effect manager: RegisterCreateFunction() makes GetPtr create it, Init()
-// installs one at once (the generic manager that GetPtr would otherwise create compiles nothing). The render manager
-// must be initialised before effects load; without it builds fail with a message.
+// The library registers it when it loads (RegisterCreateFunction), so LxEffectManager::GetPtr creates it; Init()
+// installs one at once. Effects built before the Direct3D 12 render manager has a device are built by the generic
+// builder (parsed and checked, not compiled; they cannot draw): initialise the render manager first.
 #pragma once
 
 #include "EffectManager/D3D12/LxD3D12ShaderCompiler.h"
