@@ -596,3 +596,23 @@ TEST_F(D3D12EffectTest, ProfilesFollowTheFeatureLevelAnd11_1IsRefused)
     EXPECT_TRUE(log.Contains("level.fx(9) : Unknown feature level")) << log.All();
     EXPECT_EQ(log.Count("Unknown feature level"), 2) << log.All();
 }
+
+TEST_F(D3D12EffectTest, UnboundSlotsAreReportedAndThePassFails)
+{
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("textures.fx");
+    ASSERT_TRUE(fx) << log.All();
+    ASSERT_TRUE(s_rm->BeginScene());
+    unsigned passes = 0;
+    ASSERT_TRUE(fx->Begin("Wrap", &passes));
+    EXPECT_FALSE(fx->BeginPass(0));
+    EXPECT_TRUE(log.Contains("LxD3D12EffectPass: No resource bound to LxTextureSlot.")) << log.All();
+    fx->EndPass();
+    fx->End();
+    ASSERT_TRUE(fx->Begin("Fill", &passes));
+    EXPECT_FALSE(fx->BeginPass(0));
+    EXPECT_TRUE(log.Contains("LxD3D12ComputePass: No resource bound to LxUAVSlot.")) << log.All();
+    fx->EndPass();
+    fx->End();
+    ASSERT_TRUE(s_rm->EndScene());
+}
