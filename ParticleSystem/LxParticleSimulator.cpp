@@ -13,6 +13,8 @@
 namespace
 {
 const float kPi = 3.14159265f;
+// A file asking for more would only exhaust memory.
+const unsigned int kMaxParticlesPerEmitter = 1000000;
 
 LxMatrix4 MakeElementTransform(const LxParticleTransform& t)
 {
@@ -110,6 +112,12 @@ LxParticleSimulator::LxParticleSimulator(const LxParticleSystemDesc& desc, unsig
         emitter.alive = 0;
         const LxParticleValue* max = e.FindValue("MaxParticles");
         emitter.maxParticles = max && max->GetInt() > 0 ? static_cast<unsigned int>(max->GetInt()) : 1000u;
+        if (emitter.maxParticles > kMaxParticlesPerEmitter)
+        {
+            LX_WARNING("LxParticleSimulator.  Emitter %s of particle system %s asks for %u particles; it is held to %u",
+                       e.GetName().c_str(), desc.GetName().c_str(), emitter.maxParticles, kMaxParticlesPerEmitter);
+            emitter.maxParticles = kMaxParticlesPerEmitter;
+        }
         const LxParticleValue* loop = e.FindValue("Loop");
         emitter.loop = loop ? loop->GetBool() : true;
         emitter.duration = ValueOr(e, "Duration", 0.0f);

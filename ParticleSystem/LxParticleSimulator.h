@@ -6,8 +6,8 @@
 // Emitters (any of the three kinds emit the same way) read, each optional:
 //   Rate (particles per second, default 10), Life (seconds, default 1), Velocity (3 components), Speed (along the
 //   direction from the shape's centre to the new particle), Color (4 components, default white), Size (default 1),
-//   Rotation (radians), and the values MaxParticles (alive at once from this emitter, default 1000), Loop (default
-//   true) and Duration (seconds of emission; 0, the default, emits for ever).
+//   Rotation (radians), and the values MaxParticles (alive at once from this emitter, default 1000, at most
+//   1,000,000), Loop (default true) and Duration (seconds of emission; 0, the default, emits for ever).
 // A parameter is drawn per particle: fixed, uniform random, non-uniform random (min + (max - min) u^exponent), or
 // keyframed over the emitter's time (wrapped by Duration when looping). The emitter's shape (a point at the origin
 // without one) is sampled uniformly, inside or, with Surface, on its surface; its transform (translation, rotation
