@@ -182,6 +182,8 @@ int LxDemoApp::Run()
     if (!m_bStarted)
         return 1;
     const int loopCode = LxWindowManager::GetRef().RunMessageLoop();
+    if (m_options.frames == 0 && !WriteReport()) // an interactive run reports when the window closes
+        return 1;
     return m_nExitCode != 0 ? m_nExitCode : loopCode;
 }
 

@@ -19,6 +19,7 @@ bool ParseUnsigned(const char* text, unsigned* out)
 bool LxDemoOptions::Parse(int argc, char** argv, std::string* error)
 {
     bool shotsGiven = false;
+    bool framesGiven = false;
     for (int i = 1; i < argc; ++i)
     {
         const std::string option = argv[i];
@@ -34,7 +35,9 @@ bool LxDemoOptions::Parse(int argc, char** argv, std::string* error)
         if (option == "--frames" || option == "--width" || option == "--height")
         {
             unsigned* target = option == "--frames" ? &frames : option == "--width" ? &width : &height;
-            if (!ParseUnsigned(value, target) || (target != &frames && (*target < 16 || *target > 8192)))
+            framesGiven = framesGiven || target == &frames;
+            if (!ParseUnsigned(value, target) || (target == &frames && *target == 0) ||
+                (target != &frames && (*target < 16 || *target > 8192)))
             {
                 *error = "bad value for " + option + ": " + value;
                 return false;
@@ -85,11 +88,8 @@ bool LxDemoOptions::Parse(int argc, char** argv, std::string* error)
             return false;
         }
     }
-    if (frames == 0 && !interactive)
-    {
-        *error = "--frames 0 runs forever: only with --interactive";
-        return false;
-    }
+    if (!framesGiven)
+        interactive = true;
     if (!shotsGiven && frames > 0)
     {
         screenshotFrames = {1, std::max(1u, frames / 2), frames};

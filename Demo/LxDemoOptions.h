@@ -1,15 +1,15 @@
 // LxDemoOptions: the demo's command line. Unknown options and bad values are reported in `error` and make Parse
 // answer false; the application then prints Usage() and exits with 2.
 //
-//   --frames N        frames to render before writing the report and quitting (default 120; 0 with --interactive:
-//                     run until the window is closed)
+//   --frames N        render N frames on a fixed clock, then write the report and quit (the recorded run). Without
+//                     it the demo runs interactively: real time, until the window is closed (Escape), report then
 //   --width W         client width (default 640)      --height H   client height (default 480)
 //   --out DIR         output folder for screenshots, report and log (default "demo-output", made if missing)
 //   --data DIR        the demo's data folder (default "data" next to the executable)
 //   --cache DIR       the shader cache (default "shader-cache"; a second run compiles nothing)
 //   --shots A,B,...   frames whose back buffer is saved as PNG (default: 1, the middle and the last frame)
 //   --step SECONDS    fixed clock step per frame (default 1/60); ignored with --interactive
-//   --interactive     real time, a window that stays until closed (for a machine with a display)
+//   --interactive     real time even with --frames
 //   --watch           reload effects and objects when their files change (checked once a second)
 #pragma once
 
@@ -22,7 +22,7 @@ public:
     bool Parse(int argc, char** argv, std::string* error);
     static const char* Usage();
 
-    unsigned frames = 120;
+    unsigned frames = 0; // 0: until the window is closed
     unsigned width = 640;
     unsigned height = 480;
     std::string outputFolder = "demo-output";

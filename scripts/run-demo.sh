@@ -5,19 +5,27 @@
 # fixed number of frames on a fixed clock. Screenshots, the report (frame statistics, objects drawn, GPU timers)
 # and the log land in the output folder; the last lines printed say where and sum the run up.
 #   scripts/run-demo.sh [--frames N] [--width W] [--height H] [--out DIR] [--shots A,B,...] [--watch]
-# On Windows, run build/demo/app/LumexDemo.exe directly (add --interactive for a window that stays until closed).
+#   scripts/run-demo.sh --interactive [--width W] [--height H] [--watch]
+# Defaults: 120 frames at 640x480, screenshots of frames 1, 60 and 120, output in build/demo-output.
+# --interactive runs in real time on your own X display ($DISPLAY) until the window is closed (Escape); keys move
+# the camera (W/A/S/D/Q/E, mouse with a button held), F5 reloads. On Windows, run build/demo/app/LumexDemo.exe
+# itself: without --frames it opens a window and runs until closed.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 REPO=$PWD
 OUT=$REPO/build/demo-output
 ARGS=()
+FRAMES=120
+INTERACTIVE=0
 while [ $# -gt 0 ]; do
   case $1 in
     --out) OUT=$(realpath -m "$2"); shift 2 ;;
-    --frames|--width|--height|--shots|--step) ARGS+=("$1" "$2"); shift 2 ;;
+    --frames) FRAMES=$2; shift 2 ;;
+    --width|--height|--shots|--step) ARGS+=("$1" "$2"); shift 2 ;;
+    --interactive) INTERACTIVE=1; shift ;;
     --watch) ARGS+=("$1"); shift ;;
-    -h|--help) sed -n '2,9p' "$0"; exit 0 ;;
+    -h|--help) sed -n '2,14p' "$0"; exit 0 ;;
     *) echo "unknown option: $1 (see --help)" >&2; exit 2 ;;
   esac
 done
@@ -53,7 +61,14 @@ quiet cmake -S Demo -B build/demo/app -G Ninja -DCMAKE_BUILD_TYPE=Release \
   -DLUMEX_DATA_TOOL="$REPO/build/native/bin/LxDataTool"
 quiet cmake --build build/demo/app
 
-step "running the demo under Wine"
+if [ $INTERACTIVE = 1 ]; then
+  [ -n "${DISPLAY:-}" ] || { step "FAILED: --interactive needs an X display (\$DISPLAY is empty)"; exit 1; }
+  export LUMEX_X_DISPLAY=$DISPLAY
+  step "running the demo under Wine on display $DISPLAY (close the window or press Escape to end)"
+else
+  ARGS+=(--frames "$FRAMES")
+  step "running the demo under Wine: $FRAMES frames on a fixed clock"
+fi
 rm -rf "$OUT"; mkdir -p "$OUT"
 bash scripts/wine-session.sh start "$REPO/build/demo" "$OUT" >/dev/null
 set +e

@@ -10,6 +10,7 @@
 # Several build trees (or developers) may hold one session at once: each start DIR registers a holder, and only
 # the stop of the last holder tears the session down. start and stop serialise on a lock file.
 #   wine-session.sh mount-base | umount-base | boot-prefix   (used by provision.sh)
+# With LUMEX_X_DISPLAY set (":0"), a session that starts uses that X display instead of starting Xvfb.
 #
 # Session state lives in $ROOT/run/lumex-session: the display number and the list of mounts to undo.
 set -euo pipefail
@@ -111,12 +112,23 @@ case ${1:-} in
     ;;
   start)
     shift
-    if [ -f "$STATE/display" ] && kill -0 "$(cat "$ROOT/run/lumex-xvfb.pid" 2>/dev/null || echo 0)" 2>/dev/null; then
+    if [ -f "$STATE/display" ] && { [ -f "$STATE/external" ] ||
+         kill -0 "$(cat "$ROOT/run/lumex-xvfb.pid" 2>/dev/null || echo 0)" 2>/dev/null; }; then
       d=$(cat "$STATE/display")
     else
       mount_base
       mkdir -p "$STATE"
-      d=$(start_xvfb)
+      if [ -n "${LUMEX_X_DISPLAY:-}" ]; then
+        # A real display instead of Xvfb (an interactive demo): X's abstract socket is shared with the root, the
+        # cookie is copied in.
+        d=${LUMEX_X_DISPLAY#*:}
+        d=${d%%.*}
+        touch "$STATE/external"
+        xauth=${XAUTHORITY:-${HOME:-/root}/.Xauthority}
+        [ -f "$xauth" ] && cp "$xauth" "$ROOT/root/.Xauthority"
+      else
+        d=$(start_xvfb)
+      fi
       echo "$d" >"$STATE/display"
     fi
     for dir in "$REPO" "$@"; do
