@@ -401,6 +401,11 @@ LxD3D12EffectPass::LxD3D12EffectPass(const LxString& name, LxEffectTechnique* te
 
 LxD3D12EffectPass::~LxD3D12EffectPass()
 {
+    // A reload or an unload may drop a pass whose pipeline state frames still in flight draw with: the GPU
+    // finishes what was submitted before the objects go.
+    LxD3D12RenderManager* renderManager = LxD3D12RenderManager::GetD3D12Ptr();
+    if ((m_pPipelineState || m_pRootSignature) && renderManager && renderManager->IsInitialized())
+        renderManager->WaitOnExecution();
     if (m_pPipelineState)
         m_pPipelineState->Release();
     if (m_pRootSignature)

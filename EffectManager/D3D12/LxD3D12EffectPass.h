@@ -12,6 +12,10 @@
 // descriptors of the current frame, and sets the vertex and index buffers the effect has bound for the pass's
 // stream map. A slot with nothing bound is reported and Bind fails.
 //
+// Destroying a finalized pass waits until the GPU has finished everything submitted (its pipeline state may be in
+// use by frames in flight); commands recorded but not yet submitted must not use a pass that is destroyed, so reload
+// and unload effects between frames.
+//
 // Render-state errors are reported through the builder that created the pass (with the effect file's position)
 // until the pass is finalized, through the log afterwards.
 #pragma once
