@@ -843,6 +843,15 @@ bool LxD3D12EffectPass::Finalize(ID3D12Device* device)
         }
     }
 
+    m_bUsesBlendFactor = false;
+    for (const D3D12_RENDER_TARGET_BLEND_DESC& t : m_block.blend.RenderTarget)
+    {
+        for (D3D12_BLEND b : {t.SrcBlend, t.DestBlend, t.SrcBlendAlpha, t.DestBlendAlpha})
+            m_bUsesBlendFactor =
+                m_bUsesBlendFactor ||
+                (t.BlendEnable && (b == D3D12_BLEND_BLEND_FACTOR || b == D3D12_BLEND_INV_BLEND_FACTOR));
+    }
+
     D3D12_GRAPHICS_PIPELINE_STATE_DESC desc = {};
     desc.pRootSignature = m_pRootSignature;
     const LxD3D12Shader* vs = GetD3D12Shader(LX_VERTEX_SHADER);
@@ -939,8 +948,11 @@ bool LxD3D12EffectPass::Bind(LxEffect& effect)
     }
     list->SetGraphicsRootSignature(m_pRootSignature);
     list->SetPipelineState(m_pPipelineState);
-    list->OMSetBlendFactor(m_block.blendFactor);
-    list->OMSetStencilRef(m_block.stencilRef);
+    // Blend factor and stencil reference are list state, not pipeline state: set only by passes that read them.
+    if (m_bUsesBlendFactor)
+        list->OMSetBlendFactor(m_block.blendFactor);
+    if (m_block.depthStencil.StencilEnable)
+        list->OMSetStencilRef(m_block.stencilRef);
     bool ok = BindRootParameters(list, effect, false, "LxD3D12EffectPass");
 
     LxStreamMap* map = GetStreamMap();

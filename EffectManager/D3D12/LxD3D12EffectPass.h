@@ -102,4 +102,5 @@ protected:
     LxArray<RootParameter> m_rootParameters;
     ID3D12RootSignature* m_pRootSignature = nullptr;
     ID3D12PipelineState* m_pPipelineState = nullptr;
+    bool m_bUsesBlendFactor = false;
 };
