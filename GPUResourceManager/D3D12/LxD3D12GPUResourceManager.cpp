@@ -12,6 +12,7 @@
 #include "GPUResourceManager/D3D12/LxD3D12Texture3D.h"
 #include "GPUResourceManager/D3D12/LxD3D12TextureCubeArray.h"
 #include "GPUResourceManager/D3D12/LxD3D12VertexBuffer.h"
+#include "GPUResourceManager/D3D12/LxD3D12ViewDescriptor.h"
 #include "GPUResourceManager/LxMappedSurface.h"
 #include "RenderManager/D3D12/LxD3D12RenderManager.h"
 
@@ -42,14 +43,24 @@ T* Make(const char* newFailure, LxCountedPtr<LxMemoryBuffer> data, Args... args)
 // How the render manager finds the ID3D12Resource of a buffer made here (indirect arguments and draws).
 ID3D12Resource* ResolveBuffer(LxGPUBuffer* buffer)
 {
-    if (auto* vertices = dynamic_cast<LxD3D12VertexBuffer*>(buffer))
-        return vertices->GetD3D12Resource();
-    if (auto* indices = dynamic_cast<LxD3D12IndexBuffer*>(buffer))
-        return indices->GetD3D12Resource();
-    if (auto* constants = dynamic_cast<LxD3D12ConstantBuffer*>(buffer))
-        return constants->GetD3D12Resource();
-    if (auto* structured = dynamic_cast<LxD3D12StructuredBuffer*>(buffer))
-        return structured->GetD3D12Resource();
+    return LxD3D12GPUResourceManager::GetD3D12Resource(buffer);
+}
+
+// How the render manager moves the resource of a target view into the state it binds it in.
+void TransitionView(ID3D12GraphicsCommandList* list, LxGPUResourceView* view, D3D12_RESOURCE_STATES state)
+{
+    LxD3D12GPUResourceManager::Transition(list, view->GetResource(), state);
+}
+
+// The texture storage behind a texture made here, or null.
+LxD3D12TextureResource* GetTextureStorage(LxGPUResource* resource)
+{
+    if (auto* texture = dynamic_cast<LxD3D12Texture2DArray*>(resource))
+        return &texture->GetStorage();
+    if (auto* volume = dynamic_cast<LxD3D12Texture3D*>(resource))
+        return &volume->GetStorage();
+    if (auto* cubes = dynamic_cast<LxD3D12TextureCubeArray*>(resource))
+        return &cubes->GetStorage();
     return nullptr;
 }
 
@@ -57,12 +68,151 @@ LxGPUResourceManager* CreateD3D12Manager()
 {
     return new LxD3D12GPUResourceManager();
 }
+
+// On Windows the Direct3D 12 manager is the singleton from the start, as the window manager is.
+struct RegisterD3D12ResourceManager
+{
+    RegisterD3D12ResourceManager() { LxD3D12GPUResourceManager::RegisterCreateFunction(); }
+} g_registerD3D12ResourceManager;
+
+// Bumped whenever a manager's heaps are made or released; views compare it before freeing their slot.
+unsigned g_nextHeapGeneration = 1;
 } // namespace
 
 void LxD3D12GPUResourceManager::RegisterCreateFunction()
 {
     SetCreateFunction(CreateD3D12Manager);
     LxD3D12RenderManager::SetBufferResolver(ResolveBuffer);
+    LxD3D12RenderManager::SetViewResolver(ResolveView);
+    LxD3D12RenderManager::SetViewTransition(TransitionView);
+}
+
+ID3D12Resource* LxD3D12GPUResourceManager::GetD3D12Resource(LxGPUResource* resource)
+{
+    if (!resource)
+        return nullptr;
+    if (LxD3D12TextureResource* storage = GetTextureStorage(resource))
+        return storage->GetResource();
+    if (auto* vertices = dynamic_cast<LxD3D12VertexBuffer*>(resource))
+        return vertices->GetD3D12Resource();
+    if (auto* indices = dynamic_cast<LxD3D12IndexBuffer*>(resource))
+        return indices->GetD3D12Resource();
+    if (auto* constants = dynamic_cast<LxD3D12ConstantBuffer*>(resource))
+        return constants->GetD3D12Resource();
+    if (auto* structured = dynamic_cast<LxD3D12StructuredBuffer*>(resource))
+        return structured->GetD3D12Resource();
+    return nullptr;
+}
+
+D3D12_RESOURCE_STATES LxD3D12GPUResourceManager::GetD3D12State(LxGPUResource* resource)
+{
+    LxD3D12TextureResource* storage = GetTextureStorage(resource);
+    return storage ? storage->GetState() : D3D12_RESOURCE_STATE_COMMON;
+}
+
+void LxD3D12GPUResourceManager::Transition(ID3D12GraphicsCommandList* list, LxGPUResource* resource,
+                                           D3D12_RESOURCE_STATES state)
+{
+    LxD3D12TextureResource* storage = GetTextureStorage(resource);
+    if (!list || !storage || !storage->GetResource() || storage->GetState() == state)
+    {
+        return;
+    }
+    const D3D12_RESOURCE_BARRIER barrier = LxD3D12TransitionBarrier(storage->GetResource(), storage->GetState(), state);
+    list->ResourceBarrier(1, &barrier);
+    storage->SetState(state);
+}
+
+bool LxD3D12GPUResourceManager::ResolveView(LxGPUResourceView* view, D3D12_CPU_DESCRIPTOR_HANDLE* handle)
+{
+    const LxD3D12ViewDescriptor* descriptor = dynamic_cast<const LxD3D12ViewDescriptor*>(view);
+    LxD3D12GPUResourceManager* manager = GetD3D12Ptr();
+    if (!descriptor || !descriptor->HasDescriptor() || !view->GetResource() || !manager ||
+        descriptor->GetHeapGeneration() != manager->GetHeapGeneration())
+    {
+        return false;
+    }
+    if (handle)
+        *handle = descriptor->GetCPUHandle();
+    return true;
+}
+
+LxD3D12RenderManager* LxD3D12GPUResourceManager::GetSharedRenderManager() const
+{
+    LxRenderManager* current = LxRenderManager::GetExistingPtr();
+    if (!m_pRenderManager || current != m_pRenderManager)
+    {
+        return nullptr;
+    }
+    LxD3D12RenderManager* renderManager = static_cast<LxD3D12RenderManager*>(current);
+    return renderManager->GetDevice() == m_pDevice ? renderManager : nullptr;
+}
+
+LxD3D12DescriptorHeap* LxD3D12GPUResourceManager::GetOwnFrameHeap(unsigned index)
+{
+    LxMutex::ScopedLock lock(m_frameHeapLock);
+    LxD3D12DescriptorHeap& heap = m_frameHeaps[index];
+    if (!heap.GetHeap() && m_pDevice)
+    {
+        const D3D12_DESCRIPTOR_HEAP_TYPE type =
+            index == 0 ? D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV : D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER;
+        // Shader-visible sampler heaps hold at most 2048 descriptors.
+        const unsigned count =
+            index == 0 ? m_nFrameDescriptors : (m_nFrameDescriptors > 2048 ? 2048 : m_nFrameDescriptors);
+        heap.Create(m_pDevice, type, count, true);
+    }
+    return heap.GetHeap() ? &heap : nullptr;
+}
+
+ID3D12DescriptorHeap* LxD3D12GPUResourceManager::GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE type)
+{
+    const bool samplers = type == D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER;
+    if (!samplers && type != D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV)
+    {
+        return nullptr;
+    }
+    if (LxD3D12RenderManager* renderManager = GetSharedRenderManager())
+    {
+        return renderManager->GetDescriptorHeap(type);
+    }
+    LxD3D12DescriptorHeap* own = GetOwnFrameHeap(samplers ? 1 : 0);
+    return own ? own->GetHeap() : nullptr;
+}
+
+bool LxD3D12GPUResourceManager::AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE type, unsigned count,
+                                                         D3D12_CPU_DESCRIPTOR_HANDLE* cpu,
+                                                         D3D12_GPU_DESCRIPTOR_HANDLE* gpu)
+{
+    const bool samplers = type == D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER;
+    if ((!samplers && type != D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV) || !cpu || !gpu)
+    {
+        LX_ERROR("LxD3D12GPUResourceManager::AllocateFrameDescriptors.  Only CBV/SRV/UAV and sampler descriptors "
+                 "are shader-visible.");
+        return false;
+    }
+    LxD3D12RenderManager* renderManager = GetSharedRenderManager();
+    LxD3D12DescriptorHeap* own = renderManager ? nullptr : GetOwnFrameHeap(samplers ? 1 : 0);
+    LxDescriptorHeap* slots = renderManager ? renderManager->GetDescriptorAllocator(type) : own;
+    if (!slots)
+    {
+        LX_ERROR("LxD3D12GPUResourceManager::AllocateFrameDescriptors.  There is no shader-visible heap: initialise "
+                 "the resource manager first.");
+        return false;
+    }
+    const int first = slots->Allocate(count);
+    if (first < 0)
+    {
+        LX_ERROR("LxD3D12GPUResourceManager::AllocateFrameDescriptors.  The shader-visible heap has no room for %u "
+                 "more descriptors in this frame.",
+                 count ? count : 1);
+        return false;
+    }
+    // Given back at once, so the range returns to use when this frame's fence has passed.
+    slots->Free(static_cast<unsigned>(first), count ? count : 1);
+    const unsigned slot = static_cast<unsigned>(first);
+    *cpu = renderManager ? renderManager->GetCPUDescriptorHandle(type, slot) : own->GetCPUHandle(slot);
+    *gpu = renderManager ? renderManager->GetGPUDescriptorHandle(type, slot) : own->GetGPUHandle(slot);
+    return true;
 }
 
 LxD3D12GPUResourceManager* LxD3D12GPUResourceManager::GetD3D12Ptr()
@@ -98,6 +248,16 @@ void LxD3D12GPUResourceManager::ReleaseDeviceObjects()
     {
         heap.Release();
     }
+    for (LxD3D12DescriptorHeap& heap : m_frameHeaps)
+    {
+        heap.Release();
+    }
+    if (m_pRenderManager && m_pRenderManager == LxRenderManager::GetExistingPtr())
+    {
+        m_pRenderManager->GetFrameRing().RemoveFrameEndListener(this);
+    }
+    m_pRenderManager = nullptr;
+    m_nHeapGeneration = g_nextHeapGeneration++;
     m_pDevice = nullptr;
     m_pQueue = nullptr;
 }
@@ -128,15 +288,10 @@ bool LxD3D12GPUResourceManager::InitializeWithDevice(ID3D12Device* device, ID3D1
     const unsigned descriptors = descriptorsPerHeap ? descriptorsPerHeap : kDefaultDescriptorsPerHeap;
     m_pFence = LxD3D12Fence::Create(device, queue, 0);
     bool ok = m_pFence && m_uploadHeap.Create(device, uploadBytes);
+    // The heaps views keep their descriptors in; shaders never see them, so they are cheap to make.
     for (unsigned type = 0; ok && type < D3D12_DESCRIPTOR_HEAP_TYPE_NUM_TYPES; ++type)
     {
-        const D3D12_DESCRIPTOR_HEAP_TYPE heapType = static_cast<D3D12_DESCRIPTOR_HEAP_TYPE>(type);
-        const bool shaderVisible =
-            heapType == D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV || heapType == D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER;
-        // Shader-visible sampler heaps hold at most 2048 descriptors.
-        const unsigned count =
-            heapType == D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER && descriptors > 2048 ? 2048 : descriptors;
-        ok = m_descriptorHeaps[type].Create(device, heapType, count, shaderVisible);
+        ok = m_descriptorHeaps[type].Create(device, static_cast<D3D12_DESCRIPTOR_HEAP_TYPE>(type), descriptors, false);
     }
     ok = ok && SUCCEEDED(device->CreateCommandAllocator(D3D12_COMMAND_LIST_TYPE_DIRECT, IID_PPV_ARGS(&m_pAllocator)));
     ok = ok && SUCCEEDED(device->CreateCommandList(0, D3D12_COMMAND_LIST_TYPE_DIRECT, m_pAllocator, nullptr,
@@ -148,6 +303,17 @@ bool LxD3D12GPUResourceManager::InitializeWithDevice(ID3D12Device* device, ID3D1
         m_nFenceValue = 0;
         m_pDevice = device;
         m_pQueue = queue;
+        m_nFrameDescriptors = descriptors;
+        m_nHeapGeneration = g_nextHeapGeneration++;
+        // On the render manager's device its shader-visible heaps are the frame heaps, and its frame ends recycle
+        // the upload ring and the view heaps here.
+        LxRenderManager* renderManager = LxRenderManager::GetExistingPtr();
+        LxD3D12RenderManager* d3d12 = dynamic_cast<LxD3D12RenderManager*>(renderManager);
+        if (d3d12 && d3d12->GetDevice() == device)
+        {
+            m_pRenderManager = renderManager;
+            renderManager->GetFrameRing().AddFrameEndListener(this);
+        }
         return true;
     }
     LX_ERROR("LxD3D12GPUResourceManager::InitializeWithDevice.  The heaps or the immediate command list could not "
@@ -213,6 +379,14 @@ bool LxD3D12GPUResourceManager::ExecuteImmediate()
     }
     // What the list read from the upload ring is free again (the fence has passed): end its ring frame.
     m_uploadHeap.EndFrame(m_pFence, value);
+    if (!m_pRenderManager)
+    {
+        // Without real frames, the view slots freed so far return once the GPU has passed this point.
+        for (LxD3D12DescriptorHeap& heap : m_descriptorHeaps)
+        {
+            heap.OnFrameEnd(m_pFence, value);
+        }
+    }
     return true;
 }
 
@@ -237,6 +411,12 @@ void LxD3D12GPUResourceManager::OnFrameEnd(LxFence* fence, unsigned long long fe
     for (LxD3D12DescriptorHeap& heap : m_descriptorHeaps)
     {
         heap.OnFrameEnd(fence, fenceValue);
+    }
+    LxMutex::ScopedLock lock(m_frameHeapLock);
+    for (LxD3D12DescriptorHeap& heap : m_frameHeaps)
+    {
+        if (heap.GetHeap())
+            heap.OnFrameEnd(fence, fenceValue);
     }
 }
 

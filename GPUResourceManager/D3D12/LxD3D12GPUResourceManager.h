@@ -1,7 +1,14 @@
 // LxD3D12GPUResourceManager: the resource manager's Direct3D 12 implementation. It makes the platform resources of
-// every creation call, and owns what they share: the upload ring (LxD3D12UploadHeap), the descriptor heaps
-// (LxD3D12DescriptorHeap: CBV/SRV/UAV and samplers shader-visible, RTV, DSV), and an immediate command list on the
-// device's direct queue for work that must be finished before a call returns (initial data, readback).
+// every creation call, and owns what they share: the upload ring (LxD3D12UploadHeap), the heaps that hold the
+// descriptors of views (LxD3D12DescriptorHeap: CBV/SRV/UAV and samplers, which shaders do not see, RTV, DSV), and an
+// immediate command list on the device's direct queue for work that must be finished before a call returns
+// (initial data, readback).
+//
+// Shader-visible descriptors: AllocateFrameDescriptors hands out ranges of the shader-visible heaps that the render
+// manager binds on every list, valid until the frame they were taken in completes. On the render manager's device
+// those are the render manager's own heaps (never a second pair: a shader-visible heap is slow to create on some
+// drivers) and the manager listens to the render manager's frame ends; on another device (tests) it makes its own
+// pair on first use, and the caller binds them (GetFrameHeap) and ends frames through OnFrameEnd.
 //
 // The device and queue are not owned: they come from InitializeWithDevice (the render manager's, or a test's) and
 // must outlive the manager. Immediate work: lock GetImmediateLock(), BeginImmediate() for the open list, record,
@@ -21,6 +28,8 @@
 #include <d3d12.h>
 
 class LxD3D12Fence;
+class LxRenderManager;
+class LxD3D12RenderManager;
 class LxD3D12ReadbackBuffer;
 class LxImageData2D;
 
@@ -74,6 +83,32 @@ public:
 
     void OnFrameEnd(LxFence* fence, unsigned long long fenceValue) override;
 
+    // --- views, frame descriptors and states (the draw-time binding and the render manager use these) ----------
+    // The CPU descriptor of any view made by the Direct3D 12 resources; false, nothing logged, for a view made
+    // elsewhere, one whose resource is gone, or one that outlived the manager that made it.
+    static bool ResolveView(LxGPUResourceView* view, D3D12_CPU_DESCRIPTOR_HANDLE* handle);
+    // `count` contiguous descriptors of the shader-visible heap of `type` (CBV_SRV_UAV or SAMPLER), valid until the
+    // frame they were taken in completes. Thread-safe. False (logged) for another type or when the heap is full.
+    bool AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE type, unsigned count, D3D12_CPU_DESCRIPTOR_HANDLE* cpu,
+                                  D3D12_GPU_DESCRIPTOR_HANDLE* gpu);
+    // The shader-visible heap AllocateFrameDescriptors takes from (made on first use off the render manager's
+    // device); null for other types or on failure.
+    ID3D12DescriptorHeap* GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE type);
+    // Whether the shader-visible heaps are the render manager's and its frame ends reach this manager.
+    bool IsSharingRenderManagerHeaps() const { return m_pRenderManager != nullptr; }
+
+    // The ID3D12Resource behind a resource made here (null for null and foreign resources).
+    static ID3D12Resource* GetD3D12Resource(LxGPUResource* resource);
+    // The state a texture is in as far as recorded work goes; buffers answer COMMON (they rely on implicit promotion
+    // and decay and are never transitioned).
+    static D3D12_RESOURCE_STATES GetD3D12State(LxGPUResource* resource);
+    // Records on `list` the barrier that moves a texture to `state`, only when it is in another state, and keeps the
+    // new state. Nothing for buffers and foreign resources. The caller executes the lists in recording order.
+    static void Transition(ID3D12GraphicsCommandList* list, LxGPUResource* resource, D3D12_RESOURCE_STATES state);
+
+    // Changes whenever the heaps are made again or released, so views made before can tell their slots are gone.
+    unsigned GetHeapGeneration() const { return m_nHeapGeneration; }
+
 protected:
     LxGPUVertexBuffer* APICreateResourceVertex(LxGPUResource::Behavior behavior, unsigned vertexSize,
                                                unsigned vertexCount, LxCountedPtr<LxMemoryBuffer> initialData,
@@ -106,6 +141,10 @@ protected:
 
 private:
     void ReleaseDeviceObjects();
+    // The render manager whose heaps are shared, while it is still the singleton; else null.
+    LxD3D12RenderManager* GetSharedRenderManager() const;
+    // The own shader-visible heap (index 0: CBV_SRV_UAV, 1: SAMPLER), made on first use; null on failure.
+    LxD3D12DescriptorHeap* GetOwnFrameHeap(unsigned index);
 
     ID3D12Device* m_pDevice = nullptr;
     ID3D12CommandQueue* m_pQueue = nullptr;
@@ -118,4 +157,12 @@ private:
     LxD3D12Fence* m_pFence = nullptr;
     unsigned long long m_nFenceValue = 0;
     bool m_bListOpen = false;
+
+    // Shared: the render manager whose heaps and frame ring are used (checked against the singleton before use).
+    LxRenderManager* m_pRenderManager = nullptr;
+    // Not shared: made on first use.
+    LxMutex m_frameHeapLock;
+    LxD3D12DescriptorHeap m_frameHeaps[2];
+    unsigned m_nFrameDescriptors = kDefaultDescriptorsPerHeap;
+    unsigned m_nHeapGeneration = 0;
 };

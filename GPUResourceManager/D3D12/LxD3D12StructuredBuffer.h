@@ -7,9 +7,10 @@
 #pragma once
 
 #include "GPUResourceManager/D3D12/LxD3D12BufferResource.h"
+#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
 #include "GPUResourceManager/LxGPUStructuredBuffer.h"
 
-class LX_API LxD3D12StructuredBuffer : public LxGPUStructuredBuffer
+class LX_API LxD3D12StructuredBuffer : public LxD3D12ViewFactories<LxGPUStructuredBuffer>
 {
 public:
     LxD3D12StructuredBuffer(unsigned structSize, unsigned structCount, unsigned bindFlags, unsigned miscHints);

@@ -8,9 +8,10 @@
 #pragma once
 
 #include "GPUResourceManager/D3D12/LxD3D12TextureResource.h"
+#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
 #include "GPUResourceManager/LxGPUTextureCubeArray.h"
 
-class LX_API LxD3D12TextureCubeArray : public LxGPUTextureCubeArray
+class LX_API LxD3D12TextureCubeArray : public LxD3D12ViewFactories<LxGPUTextureCubeArray>
 {
 public:
     LxD3D12TextureCubeArray(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,
@@ -26,6 +27,7 @@ public:
 
     ID3D12Resource* GetD3D12Resource() const { return m_storage.GetResource(); }
     D3D12_RESOURCE_STATES GetD3D12State() const { return m_storage.GetState(); }
+    LxD3D12TextureResource& GetStorage() { return m_storage; }
 
 protected:
     bool APIMap(MapType type, unsigned subresource, LxMappedSurface* out) override;

@@ -44,8 +44,11 @@ public:
     bool Unmap(unsigned subresource, const char* who);
 
     ID3D12Resource* GetResource() const { return m_pResource; }
-    // The state the texture rests in between uses (render target, depth write, shader resource or unordered access).
+    // The state the texture is in once the work recorded so far has run: its resting state (render target, depth
+    // write, shader resource or unordered access) until barriers recorded elsewhere move it.
     D3D12_RESOURCE_STATES GetState() const { return m_state; }
+    // For barriers recorded outside this class (LxD3D12GPUResourceManager::Transition): the state they leave.
+    void SetState(D3D12_RESOURCE_STATES state) { m_state = state; }
 
 private:
     struct Staging

@@ -22,6 +22,7 @@ using Microsoft::WRL::ComPtr;
 
 LxD3D12RenderManager::BufferResolver LxD3D12RenderManager::ms_pfnBufferResolver = nullptr;
 LxD3D12RenderManager::ViewResolver LxD3D12RenderManager::ms_pfnViewResolver = nullptr;
+LxD3D12RenderManager::ViewTransition LxD3D12RenderManager::ms_pfnViewTransition = nullptr;
 
 namespace
 {
@@ -167,6 +168,11 @@ void LxD3D12RenderManager::SetBufferResolver(BufferResolver resolver)
 void LxD3D12RenderManager::SetViewResolver(ViewResolver resolver)
 {
     ms_pfnViewResolver = resolver;
+}
+
+void LxD3D12RenderManager::SetViewTransition(ViewTransition transition)
+{
+    ms_pfnViewTransition = transition;
 }
 
 LxD3D12RenderManager::LxD3D12RenderManager() : m_pImpl(new Impl()) {}
@@ -896,6 +902,16 @@ void LxD3D12RenderManager::SetRenderTargets(unsigned count, LxCountedPtr<LxGPURe
     m_depthStencil = savedDepth;
 }
 
+void LxD3D12RenderManager::TransitionTarget(LxGPUResourceView* view, D3D12_RESOURCE_STATES state)
+{
+    // Outside a frame there is no list to record on; the caller moves the resource itself then.
+    Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
+    if (ms_pfnViewTransition && ws.list && ws.listType == LxCommandList::DIRECT)
+    {
+        ms_pfnViewTransition(ws.list, view, state);
+    }
+}
+
 void LxD3D12RenderManager::APISetRenderTargets()
 {
     D3D12_CPU_DESCRIPTOR_HANDLE targets[D3D12_SIMULTANEOUS_RENDER_TARGET_COUNT] = {};
@@ -913,6 +929,7 @@ void LxD3D12RenderManager::APISetRenderTargets()
         }
         else if (ms_pfnViewResolver && ms_pfnViewResolver(view, &targets[count]))
         {
+            TransitionTarget(view, D3D12_RESOURCE_STATE_RENDER_TARGET);
             ++count;
         }
         else
@@ -924,6 +941,11 @@ void LxD3D12RenderManager::APISetRenderTargets()
     if (m_depthStencil && !(ms_pfnViewResolver && ms_pfnViewResolver(m_depthStencil.Get(), &depth)))
     {
         LX_ERROR("LxD3D12RenderManager::SetRenderTargets.  The depth-stencil view is not a Direct3D 12 view.");
+    }
+    else if (m_depthStencil)
+    {
+        TransitionTarget(m_depthStencil.Get(), m_depthStencil->IsDepthReadOnly() ? D3D12_RESOURCE_STATE_DEPTH_READ
+                                                                                 : D3D12_RESOURCE_STATE_DEPTH_WRITE);
     }
     SetRenderTargetViews(count, targets, depth.ptr ? &depth : nullptr);
 }

@@ -180,6 +180,11 @@ public:
     // does not know. Back-buffer views (RM_TARGET_BACK_BUFFER) are resolved here, without it.
     typedef bool (*ViewResolver)(LxGPUResourceView* view, D3D12_CPU_DESCRIPTOR_HANDLE* handle);
     static void SetViewResolver(ViewResolver resolver);
+    // Records on `list` what moves the resource of a target view into `state` (render target or depth write) when
+    // SetRenderTargets binds it; the resource manager registers it with its resolver.
+    typedef void (*ViewTransition)(ID3D12GraphicsCommandList* list, LxGPUResourceView* view,
+                                   D3D12_RESOURCE_STATES state);
+    static void SetViewTransition(ViewTransition transition);
 
 protected:
     bool APIBeginFrameSlot(unsigned slot) override;
@@ -217,6 +222,8 @@ private:
     ID3D12GraphicsCommandList* RecordingList(bool bindState = true);
     // Binds the calling worker's targets, viewport, scissor and descriptor heaps on `list`.
     void ApplyWorkerState(ID3D12GraphicsCommandList* list);
+    // Moves the resource of a portable target view into `state` on the calling worker's list (when it has one).
+    void TransitionTarget(LxGPUResourceView* view, D3D12_RESOURCE_STATES state);
     void ReleaseAll();
     // The calling thread's worker index from the Win32 slot (the toolchain's thread_local costs a call).
     int FastWorkerIndex() const;
@@ -237,4 +244,5 @@ private:
 
     static BufferResolver ms_pfnBufferResolver;
     static ViewResolver ms_pfnViewResolver;
+    static ViewTransition ms_pfnViewTransition;
 };

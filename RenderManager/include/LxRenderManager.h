@@ -72,6 +72,8 @@ public:
     typedef LxRenderManager* (*CreateFunction)();
     static LxRenderManager* GetPtr();
     static LxRenderManager& GetRef() { return *GetPtr(); }
+    // The instance if there is one (never creates it).
+    static LxRenderManager* GetExistingPtr() { return ms_pInstance; }
     static void ShutDown();
     // The factory GetPtr uses for the instance (the platform registers its render manager). Null restores the
     // device-less base class.

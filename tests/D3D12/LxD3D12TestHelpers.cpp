@@ -162,3 +162,105 @@ Context* SharedContext(std::string* why)
     return s_context.get();
 }
 } // namespace LxD3D12Test
+
+#include <climits>
+#include <cmath>
+
+namespace LxD3D12Test
+{
+TestWindow::~TestWindow()
+{
+    if (m_hwnd)
+        DestroyWindow(m_hwnd);
+    if (m_className)
+        UnregisterClassW(m_className, m_instance);
+}
+
+bool TestWindow::Create(const wchar_t* className, UINT width, UINT height)
+{
+    m_instance = GetModuleHandleW(nullptr);
+    WNDCLASSEXW wc = {};
+    wc.cbSize = sizeof(wc);
+    wc.lpfnWndProc = DefWindowProcW;
+    wc.hInstance = m_instance;
+    wc.lpszClassName = className;
+    if (RegisterClassExW(&wc) != 0)
+        m_className = className;
+    RECT rect = {0, 0, LONG(width), LONG(height)};
+    AdjustWindowRect(&rect, WS_OVERLAPPEDWINDOW, FALSE);
+    m_hwnd = CreateWindowExW(0, className, L"Lumex test", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
+                             rect.right - rect.left, rect.bottom - rect.top, nullptr, nullptr, m_instance, nullptr);
+    if (m_hwnd)
+        ShowWindow(m_hwnd, SW_SHOWNOACTIVATE);
+    return m_hwnd != nullptr;
+}
+
+LxD3D12RenderManager::CreationDesc MakeRenderManagerDesc(HWND window, UINT size, unsigned frames)
+{
+    LxD3D12RenderManager::CreationDesc desc;
+    DXGI_SWAP_CHAIN_DESC& sc = desc.swapChainDesc;
+    sc.BufferDesc.Width = size;
+    sc.BufferDesc.Height = size;
+    sc.BufferDesc.Format = DXGI_FORMAT_R8G8B8A8_UNORM;
+    sc.SampleDesc.Count = 1;
+    sc.BufferUsage = DXGI_USAGE_RENDER_TARGET_OUTPUT;
+    sc.BufferCount = 2;
+    sc.OutputWindow = window;
+    sc.Windowed = TRUE;
+    sc.SwapEffect = DXGI_SWAP_EFFECT_FLIP_DISCARD;
+    desc.framesInFlight = frames;
+    desc.renderTargetDescriptors = 16;
+    desc.depthStencilDescriptors = 4;
+    desc.shaderResourceDescriptors = 64;
+    desc.samplerDescriptors = 16;
+    return desc;
+}
+
+Rgba PixelAt(const LxImageData2D& image, unsigned x, unsigned y)
+{
+    const double* p = image.GetPixel(x, y);
+    return {int(std::lround(p[0] * 255)), int(std::lround(p[1] * 255)), int(std::lround(p[2] * 255)),
+            int(std::lround(p[3] * 255))};
+}
+
+std::string RgbaText(const Rgba& c)
+{
+    return "(" + std::to_string(c[0]) + ", " + std::to_string(c[1]) + ", " + std::to_string(c[2]) + ", " +
+           std::to_string(c[3]) + ")";
+}
+
+ComPtr<ID3D12RootSignature> CreateRootSignature(ID3D12Device* device, const D3D12_ROOT_SIGNATURE_DESC& desc,
+                                                std::string* errors)
+{
+    ComPtr<ID3DBlob> blob, messages;
+    ComPtr<ID3D12RootSignature> root;
+    if (FAILED(D3D12SerializeRootSignature(&desc, D3D_ROOT_SIGNATURE_VERSION_1_0, &blob, &messages)))
+    {
+        if (errors && messages)
+            *errors = std::string(static_cast<const char*>(messages->GetBufferPointer()), messages->GetBufferSize());
+        return nullptr;
+    }
+    if (FAILED(device->CreateRootSignature(0, blob->GetBufferPointer(), blob->GetBufferSize(), IID_PPV_ARGS(&root))))
+        return nullptr;
+    return root;
+}
+
+D3D12_GRAPHICS_PIPELINE_STATE_DESC TrianglePipelineDesc(ID3D12RootSignature* root, ID3DBlob* vs, ID3DBlob* ps,
+                                                        DXGI_FORMAT target)
+{
+    D3D12_GRAPHICS_PIPELINE_STATE_DESC desc = {};
+    desc.pRootSignature = root;
+    desc.VS = {vs->GetBufferPointer(), vs->GetBufferSize()};
+    desc.PS = {ps->GetBufferPointer(), ps->GetBufferSize()};
+    desc.BlendState.RenderTarget[0].RenderTargetWriteMask = D3D12_COLOR_WRITE_ENABLE_ALL;
+    desc.SampleMask = UINT_MAX;
+    desc.RasterizerState.FillMode = D3D12_FILL_MODE_SOLID;
+    desc.RasterizerState.CullMode = D3D12_CULL_MODE_NONE;
+    desc.RasterizerState.DepthClipEnable = TRUE;
+    desc.PrimitiveTopologyType = D3D12_PRIMITIVE_TOPOLOGY_TYPE_TRIANGLE;
+    desc.NumRenderTargets = 1;
+    desc.RTVFormats[0] = target;
+    desc.SampleDesc.Count = 1;
+    return desc;
+}
+} // namespace LxD3D12Test

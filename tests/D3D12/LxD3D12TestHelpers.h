@@ -64,3 +64,45 @@ struct Context
 // milliseconds under Wine). Null when creation failed; *why then says which call failed.
 Context* SharedContext(std::string* why = nullptr);
 } // namespace LxD3D12Test
+
+// --- a window, a render manager description, pixels and pipelines for the tests that draw through the managers ---
+#include "Common/LxImageData2D.h"
+#include "RenderManager/D3D12/LxD3D12RenderManager.h"
+
+#include <array>
+
+namespace LxD3D12Test
+{
+// A shown top-level window whose client area is width x height, for a swap chain. The class is registered under
+// `className` and unregistered with the window.
+class TestWindow
+{
+public:
+    TestWindow() = default;
+    TestWindow(const TestWindow&) = delete;
+    TestWindow& operator=(const TestWindow&) = delete;
+    ~TestWindow();
+    bool Create(const wchar_t* className, UINT width, UINT height);
+    HWND Handle() const { return m_hwnd; }
+
+private:
+    HINSTANCE m_instance = nullptr;
+    HWND m_hwnd = nullptr;
+    const wchar_t* m_className = nullptr;
+};
+
+// Two RGBA8 back buffers of size x size on `window`, `frames` in flight, small descriptor heaps (64 CBV/SRV/UAV).
+LxD3D12RenderManager::CreationDesc MakeRenderManagerDesc(HWND window, UINT size, unsigned frames = 2);
+
+// A pixel of a read-back image in 0..255 steps, and its text for assertion messages.
+typedef std::array<int, 4> Rgba;
+Rgba PixelAt(const LxImageData2D& image, unsigned x, unsigned y);
+std::string RgbaText(const Rgba& c);
+
+// Serialises and creates a root signature; null on failure (the serialiser's messages in *errors when given).
+ComPtr<ID3D12RootSignature> CreateRootSignature(ID3D12Device* device, const D3D12_ROOT_SIGNATURE_DESC& desc,
+                                                std::string* errors = nullptr);
+// A solid, uncull'd, single-target triangle pipeline description with depth off (the caller sets what differs).
+D3D12_GRAPHICS_PIPELINE_STATE_DESC TrianglePipelineDesc(ID3D12RootSignature* root, ID3DBlob* vs, ID3DBlob* ps,
+                                                        DXGI_FORMAT target);
+} // namespace LxD3D12Test

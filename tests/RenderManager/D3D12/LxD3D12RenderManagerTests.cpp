@@ -62,76 +62,13 @@ struct DrawConstants
     float depth;
 };
 
-typedef std::array<int, 4> Rgba;
-
-class TestWindow
-{
-public:
-    bool Create()
-    {
-        m_instance = GetModuleHandleW(nullptr);
-        WNDCLASSEXW wc = {};
-        wc.cbSize = sizeof(wc);
-        wc.lpfnWndProc = DefWindowProcW;
-        wc.hInstance = m_instance;
-        wc.lpszClassName = kWindowClass;
-        m_registered = RegisterClassExW(&wc) != 0;
-        RECT rect = {0, 0, LONG(kSize), LONG(kSize)};
-        AdjustWindowRect(&rect, WS_OVERLAPPEDWINDOW, FALSE);
-        m_hwnd = CreateWindowExW(0, kWindowClass, L"Lumex render manager test", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT,
-                                 CW_USEDEFAULT, rect.right - rect.left, rect.bottom - rect.top, nullptr, nullptr,
-                                 m_instance, nullptr);
-        if (m_hwnd)
-            ShowWindow(m_hwnd, SW_SHOWNOACTIVATE);
-        return m_hwnd != nullptr;
-    }
-    HWND Handle() const { return m_hwnd; }
-    ~TestWindow()
-    {
-        if (m_hwnd)
-            DestroyWindow(m_hwnd);
-        if (m_registered)
-            UnregisterClassW(kWindowClass, m_instance);
-    }
-
-private:
-    HINSTANCE m_instance = nullptr;
-    HWND m_hwnd = nullptr;
-    bool m_registered = false;
-};
+using LxD3D12Test::PixelAt;
+using LxD3D12Test::Rgba;
+using LxD3D12Test::TestWindow;
 
 LxD3D12RenderManager::CreationDesc MakeDesc(HWND window, unsigned frames = 2)
 {
-    LxD3D12RenderManager::CreationDesc desc;
-    DXGI_SWAP_CHAIN_DESC& sc = desc.swapChainDesc;
-    sc.BufferDesc.Width = kSize;
-    sc.BufferDesc.Height = kSize;
-    sc.BufferDesc.Format = DXGI_FORMAT_R8G8B8A8_UNORM;
-    sc.SampleDesc.Count = 1;
-    sc.BufferUsage = DXGI_USAGE_RENDER_TARGET_OUTPUT;
-    sc.BufferCount = 2;
-    sc.OutputWindow = window;
-    sc.Windowed = TRUE;
-    sc.SwapEffect = DXGI_SWAP_EFFECT_FLIP_DISCARD;
-    desc.framesInFlight = frames;
-    desc.renderTargetDescriptors = 16;
-    desc.depthStencilDescriptors = 4;
-    desc.shaderResourceDescriptors = 64;
-    desc.samplerDescriptors = 16;
-    return desc;
-}
-
-Rgba PixelAt(const LxImageData2D& image, unsigned x, unsigned y)
-{
-    const double* p = image.GetPixel(x, y);
-    return {int(std::lround(p[0] * 255)), int(std::lround(p[1] * 255)), int(std::lround(p[2] * 255)),
-            int(std::lround(p[3] * 255))};
-}
-
-std::string Text(const Rgba& c)
-{
-    return "(" + std::to_string(c[0]) + ", " + std::to_string(c[1]) + ", " + std::to_string(c[2]) + ", " +
-           std::to_string(c[3]) + ")";
+    return LxD3D12Test::MakeRenderManagerDesc(window, kSize, frames);
 }
 
 // Clear values and draw colours are k/255 exactly, so every pixel compares exactly.
@@ -153,7 +90,7 @@ protected:
     {
 
         s_window = new TestWindow();
-        if (!s_window->Create())
+        if (!s_window->Create(kWindowClass, kSize, kSize))
             return;
         if (!LxD3D12RenderManager::Init(MakeDesc(s_window->Handle())))
             return;
@@ -197,23 +134,12 @@ protected:
         ComPtr<ID3DBlob> cs = LxD3D12Test::CompileShader(kSource, "CSMain", "cs_5_0", &s_pipelineErrors);
         if (!vs || !ps || !cs || !s_root || !s_computeRoot)
             return;
-        D3D12_GRAPHICS_PIPELINE_STATE_DESC desc = {};
-        desc.pRootSignature = s_root.Get();
-        desc.VS = {vs->GetBufferPointer(), vs->GetBufferSize()};
-        desc.PS = {ps->GetBufferPointer(), ps->GetBufferSize()};
-        desc.BlendState.RenderTarget[0].RenderTargetWriteMask = D3D12_COLOR_WRITE_ENABLE_ALL;
-        desc.SampleMask = UINT_MAX;
-        desc.RasterizerState.FillMode = D3D12_FILL_MODE_SOLID;
-        desc.RasterizerState.CullMode = D3D12_CULL_MODE_NONE;
-        desc.RasterizerState.DepthClipEnable = TRUE;
+        D3D12_GRAPHICS_PIPELINE_STATE_DESC desc =
+            LxD3D12Test::TrianglePipelineDesc(s_root.Get(), vs.Get(), ps.Get(), DXGI_FORMAT_R8G8B8A8_UNORM);
         desc.DepthStencilState.DepthEnable = TRUE;
         desc.DepthStencilState.DepthWriteMask = D3D12_DEPTH_WRITE_MASK_ALL;
         desc.DepthStencilState.DepthFunc = D3D12_COMPARISON_FUNC_LESS;
-        desc.PrimitiveTopologyType = D3D12_PRIMITIVE_TOPOLOGY_TYPE_TRIANGLE;
-        desc.NumRenderTargets = 1;
-        desc.RTVFormats[0] = DXGI_FORMAT_R8G8B8A8_UNORM;
         desc.DSVFormat = DXGI_FORMAT_D32_FLOAT;
-        desc.SampleDesc.Count = 1;
         if (FAILED(device->CreateGraphicsPipelineState(&desc, IID_PPV_ARGS(&s_graphics))))
             s_pipelineErrors = "CreateGraphicsPipelineState failed";
         D3D12_COMPUTE_PIPELINE_STATE_DESC cdesc = {};
@@ -224,14 +150,7 @@ protected:
     }
     static ComPtr<ID3D12RootSignature> MakeRoot(ID3D12Device* device, const D3D12_ROOT_PARAMETER& param)
     {
-        const D3D12_ROOT_SIGNATURE_DESC desc = {1, &param, 0, nullptr, D3D12_ROOT_SIGNATURE_FLAG_NONE};
-        ComPtr<ID3DBlob> blob, errors;
-        ComPtr<ID3D12RootSignature> root;
-        if (FAILED(D3D12SerializeRootSignature(&desc, D3D_ROOT_SIGNATURE_VERSION_1_0, &blob, &errors)) ||
-            FAILED(
-                device->CreateRootSignature(0, blob->GetBufferPointer(), blob->GetBufferSize(), IID_PPV_ARGS(&root))))
-            return nullptr;
-        return root;
+        return LxD3D12Test::CreateRootSignature(device, {1, &param, 0, nullptr, D3D12_ROOT_SIGNATURE_FLAG_NONE});
     }
 
     // Pipeline and constants on the calling worker's current list (or `list`).
@@ -247,8 +166,8 @@ protected:
     static void ExpectPixel(const LxImageData2D& image, unsigned x, unsigned y, const Rgba& expected, const char* what)
     {
         const Rgba got = PixelAt(image, x, y);
-        EXPECT_EQ(got, expected) << what << " at (" << x << ", " << y << "): read " << Text(got) << ", expected "
-                                 << Text(expected);
+        EXPECT_EQ(got, expected) << what << " at (" << x << ", " << y << "): read " << LxD3D12Test::RgbaText(got)
+                                 << ", expected " << LxD3D12Test::RgbaText(expected);
     }
 
     // Hands the calling worker a fresh frame list after its current one was submitted.
@@ -655,7 +574,7 @@ TEST_F(D3D12RenderManagerTest, OperationsDirect3D12LacksAreReportedByName)
 TEST(D3D12RenderManagerCreation, EveryProvokableCreationMessageIsLogged)
 {
     TestWindow window;
-    ASSERT_TRUE(window.Create());
+    ASSERT_TRUE(window.Create(kWindowClass, kSize, kSize));
     struct Case
     {
         const char* what;
