@@ -73,7 +73,7 @@ public:
     // Deletes a registered object; false when it is not registered here.
     bool DestroyObject(LxObject* object);
     unsigned int GetObjectCount() const { return m_objects.GetCount(); }
-    LxObject* GetObject(unsigned int index) const { return m_objects[index]; }
+    LxObject* GetObjectByIndex(unsigned int index) const { return m_objects[index]; }
 
     // --- files --------------------------------------------------------------------------------------------------
     void AddSearchPath(const LxString& path);

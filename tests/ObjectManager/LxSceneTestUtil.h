@@ -1,7 +1,7 @@
 // Helpers of the scene-object tests and benchmarks: an effect manager whose passes "bind" the way the platform pass
 // does on the CPU side (every application-updated parameter runs its handler), and a scene with the effect, object,
-// camera and render managers set up over a temporary folder: draws are counted but never issued, so everything
-// above the GPU runs without a device.
+// camera and render managers set up over a folder: the render and resource managers are the device-less base classes
+// (on either lane), draws are counted but never issued, so everything above the GPU runs without a device.
 #pragma once
 
 #include "Common/LxMemoryBuffer.h"
@@ -124,6 +124,9 @@ public:
     explicit Scene(const std::string& folder)
     {
         dir = folder;
+        // The device-less base classes, also where the platform library registered its own managers.
+        LxGPUResourceManager::SetCreateFunction(nullptr);
+        LxRenderManager::SetCreateFunction(nullptr);
         LxEffectManager::Init(new CpuEffectManager());
         LxEffectManager::GetRef().AddSearchPath(dir.c_str());
         Write("default.fx", kDefaultEffect);
