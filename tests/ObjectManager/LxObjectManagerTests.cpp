@@ -180,6 +180,20 @@ TEST(LxObjectManager, BonePalettesOfAPosedSkeleton)
     EXPECT_FLOAT_EQ(6.0f, Data(*model, "vBoxMax")[0]);
     EXPECT_FLOAT_EQ(1.0f, Data(*model, "vBoxMax")[1]);
 
+    // A chunk with a bone map draws its own palette: entry 0 is bone 1 (the tip), entry 1 names no bone.
+    std::unique_ptr<LxModelData> mapped(LxSceneTest::MakeQuadModel());
+    LxArray<int> boneMap;
+    boneMap.Add(1);
+    boneMap.Add(7);
+    mapped->GetChunkDesc(0)->SetBoneMap(boneMap);
+    ASSERT_TRUE(mapped->SaveToPath(scene.Path("mapped").c_str()));
+    LxAnimatedModel* remapped = LxObjectManager::GetRef().CreateAnimatedModel("mapped", "mapped", "quad.anim");
+    ASSERT_NE(nullptr, remapped);
+    remapped->UpdateObject(0.5);
+    ASSERT_TRUE(remapped->Draw(nullptr));
+    ExpectMatrix(Data(*remapped, "amBones"), tip, "map entry 0");
+    ExpectMatrix(Data(*remapped, "amBones") + 16, kIdentity, "map entry naming no bone");
+
     // Without animation every bone rests: the skinning matrices are identities.
     LxAnimatedModel* still = LxObjectManager::GetRef().CreateAnimatedModel("still", "quad");
     ASSERT_NE(nullptr, still);
