@@ -157,6 +157,8 @@ void LxDemoApp::LoadContent()
         creature->SetAnimationSpeed(p.speed);
         m_creatures.push_back(creature);
     }
+    // The ground fades into the sky's lower colour; the sparks come last so that they blend over everything.
+    m_pGround = objects.CreateAnimatedModel(LxString("ground"), LxString("ground.zip"));
     objects.CreateParticleGroup(LxString("sparks"), LxString("sparks"));
 
     // The camera's fly path lives in the creature's animation set; the first-person controller waits for input.
@@ -209,6 +211,9 @@ void LxDemoApp::ApplyScript()
         if (LxEffectParameter* pulse = m_sky->GetParameter("fPulse"))
             pulse->SetFloat(ScriptNumber("pulse", 0.0f));
     }
+    if (m_pGround && m_pGround->GetModel().GetChunkCount() > 0)
+        SetVector(m_pGround->GetModel().GetChunkEffect(0), "vFar", ScriptNumber("bottomRed", 0.2f),
+                  ScriptNumber("bottomGreen", 0.1f), ScriptNumber("bottomBlue", 0.15f));
     // The creatures share one effect (one shared reference per file): tinting one tints them all.
     if (!m_creatures.empty() && m_creatures[0]->GetModel().GetChunkCount() > 0)
         SetVector(m_creatures[0]->GetModel().GetChunkEffect(0), "vTint", ScriptNumber("tintRed", 0.35f),
@@ -417,6 +422,7 @@ void LxDemoApp::Stop()
     m_firstPerson.reset();
     m_cameraPath.reset();
     m_creatures.clear();
+    m_pGround = nullptr;
     m_sky = LxCountedPtr<LxEffect>();
     m_defaultEffect = LxCountedPtr<LxEffect>();
     LxScriptManager::ShutDown();

@@ -1,8 +1,8 @@
 // LxDemoApp: the Lumex demo. It opens a window through the window manager, loads the demo's content through the
-// library's managers (effects, a skinned and animated model archive placed four times, a particle group, a Lua
-// script, a camera on a fly path) and renders a fixed number of frames on a fixed clock (or, interactively, until
-// the window is closed), saving screenshots of chosen frames and, at the end, a report of frame statistics, objects
-// drawn and GPU timers.
+// library's managers (effects, a skinned and animated model archive placed four times, a ground model, a particle
+// group, a Lua script, a camera on a fly path) and renders a fixed number of frames on a fixed clock (or,
+// interactively, until the window is closed), saving screenshots of chosen frames and, at the end, a report of frame
+// statistics, objects drawn and GPU timers.
 //
 // One frame, in the order every Lumex application keeps (LxFrameUpdate):
 //   1. clock step (fixed or real time);
@@ -67,6 +67,7 @@ private:
     LxCountedPtr<LxEffect> m_defaultEffect;
     LxCountedPtr<LxEffect> m_sky;
     std::vector<LxAnimatedModel*> m_creatures; // owned by the object manager
+    LxAnimatedModel* m_pGround = nullptr;      // owned by the object manager
     LxCamera* m_pCamera = nullptr;             // owned by the camera manager
     std::unique_ptr<LxAnimationSet> m_cameraPath;
     std::unique_ptr<LxFlypathCameraController> m_flypath;
