@@ -268,6 +268,45 @@ bool LxParticleGroup::Draw(const LxFrustum* cullFrustum)
     return drew;
 }
 
+void LxParticleGroup::ApplyEffectParameters(System& s)
+{
+    const LxParticleSystemDesc& desc = s.simulator->GetDesc();
+    const float time = s.simulator->GetTime();
+    for (unsigned int i = 0; i < desc.GetEffectParameterCount(); ++i)
+    {
+        const LxParticleSystemDesc::EffectParameter& p = desc.GetEffectParameter(i);
+        LxEffectParameter* target = s.effect->GetParameter(p.name);
+        if (!target || (target->GetDataType() != LxEffectParameter::TYPE_FLOAT &&
+                        target->GetDataType() != LxEffectParameter::TYPE_VECTOR))
+            continue;
+        float values[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+        const unsigned int count = p.parameter.GetComponentCount() < 4 ? p.parameter.GetComponentCount() : 4;
+        for (unsigned int c = 0; c < count; ++c)
+        {
+            switch (p.parameter.GetKind())
+            {
+            case LX_PARTICLE_PARAM_FIXED:
+                values[c] = p.parameter.GetFixed(c);
+                break;
+            case LX_PARTICLE_PARAM_KEYFRAME:
+            case LX_PARTICLE_PARAM_KEYFRAMED_NON_UNIFORM:
+            {
+                const LxParticleKeyFrameChannel* channel = p.parameter.GetComponentChannel(c);
+                values[c] = channel ? channel->Evaluate(time) : 0.0f;
+                break;
+            }
+            default:
+                // Random kinds have no single value per draw: the middle of their range.
+                values[c] = 0.5f * (p.parameter.GetMinimum(c) + p.parameter.GetMaximum(c));
+                break;
+            }
+        }
+        const unsigned int size =
+            target->GetParameterSize() < sizeof values ? target->GetParameterSize() : sizeof values;
+        target->SetRawValue(values, size);
+    }
+}
+
 bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVector3& up)
 {
     s.vertices.Clear();
@@ -296,6 +335,7 @@ bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVect
     }
     if (effect.GetNumVertexStreamDecls() > 0)
         effect.BindVertexBuffer(effect.GetVertexStreamDecl(0u), s.buffer);
+    ApplyEffectParameters(s);
     LxEffectTechnique* technique = effect.FindTechnique(0);
     unsigned int passes = 0;
     if (!technique || !effect.Begin(technique, &passes))

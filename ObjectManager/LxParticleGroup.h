@@ -103,6 +103,9 @@ private:
     void StepSystem(System& system, float dt);
     void RefreshBounds();
     bool DrawSystem(System& system, const LxVector3& right, const LxVector3& up);
+    // The system's effect parameters ("EffectParam" of the file) set on its effect: fixed values as given, keyframed
+    // ones at the system's time, random ones at the middle of their range.
+    void ApplyEffectParameters(System& system);
 
     LxParticleGroupDesc* m_pDesc = nullptr;
     LxArray<System> m_systems;

@@ -74,6 +74,7 @@ const char* const kSkinEffect = "Matrix amBones[4] < AppUpdate = \"Bones\" >\n"
 
 // A particle effect: one stream of billboard corners and the world transform.
 const char* const kParticleEffect = "Matrix mWorld < AppUpdate = \"WorldTransform\" >\n"
+                                    "Vector vTint\n"
                                     "Stream Corners { float3 POSITION, float4 COLOR, float2 TEXCOORD }\n"
                                     "StreamMap Map { Corners }\n"
                                     "Technique Draw { Pass P { StreamMap = Map\n"

@@ -42,7 +42,7 @@ TEST(LxParticleGroup, SimulatesAndDrawsItsSystems)
     Scene scene(LxTest::MakeTempDir("scene"));
     scene.Write("fire/particleFile.txt",
                 "Lumex Particle Editor Project 1.0\nParticleSystem GPUBillboard Sparks Effect \"particles.fx\"\n"
-                "  WarmUp 0.5\n"
+                "  WarmUp 0.5 EffectParam vTint Param KeyFrame KeyFrameChannel 0 0 20 1 EndKeyFrameChannel EndParam\n"
                 "  Emitter Shape E Rate Param Fixed 10 Life Param Fixed 2 Velocity Param Random -1 1 0 2 -1 1\n"
                 "    Size Param KeyFrame KeyFrameChannel 0 1 1 2 EndKeyFrameChannel EndParam EndEmitter\n"
                 "EndParticleSystem\n");
@@ -82,6 +82,9 @@ TEST(LxParticleGroup, SimulatesAndDrawsItsSystems)
     const float* drawnWorld =
         static_cast<const float*>(group->GetSystemEffect(0)->GetParameter("mWorld")->GetDataPtr());
     EXPECT_EQ(3.0f, drawnWorld[13]);
+    // The keyframed effect parameter at the system's time (0.75 s: 0.5 warm-up and one clamped step).
+    EXPECT_NEAR(0.75f / 20.0f,
+                static_cast<const float*>(group->GetSystemEffect(0)->GetParameter("vTint")->GetDataPtr())[0], 1e-6f);
 
     group->Restart();
     EXPECT_EQ(0u, group->GetSimulator(0).GetCount());
