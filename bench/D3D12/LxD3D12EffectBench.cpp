@@ -132,7 +132,6 @@ int main()
         std::printf("resource manager creation failed\n");
         return 1;
     }
-    rm->GetFrameRing().AddFrameEndListener(gpu);
     LxD3D12EffectManager::Init();
     LxEffectManager& manager = LxEffectManager::GetRef();
     const std::string folder = TempFolder("LxEffectBench");
@@ -227,7 +226,6 @@ int main()
     held.clear();
     fx = LxCountedPtr<LxEffect>();
     LxEffectManager::ShutDown();
-    rm->GetFrameRing().RemoveFrameEndListener(gpu);
     LxGPUResourceManager::ShutDown();
     LxRenderManager::ShutDown();
     DestroyWindow(hwnd);

@@ -57,6 +57,11 @@ inline constexpr Limitation kAdapterDescriptionIsFake{"AdapterDescriptionIsFake"
 // True when the process runs under Wine (ntdll exports wine_get_version); the answer is computed once.
 bool RunningUnderWine();
 
+// Reflection reports a RWByteAddressBuffer as a typed UAV (D3D_SIT_UAV_RWTYPED instead of
+// D3D_SIT_UAV_RWBYTEADDRESS), so a raw-buffer declaration cannot be told from a typed one by its reflected type.
+inline constexpr Limitation kByteAddressUAVReflectedAsTyped{"ByteAddressUAVReflectedAsTyped",
+                                                            "RWByteAddressBuffer reflects as a typed UAV"};
+
 // True when `limitation` applies to this process. Each true answer prints one "[  LIMITED ]" line with the
 // entry's name and the calling test, so that a left-out assertion is visible in the test output, never silent.
 bool Applies(const Limitation& limitation);

@@ -4,6 +4,7 @@
 #include "support/LxTestSupport.h"
 
 #include "Common/LxImageData2D.h"
+#include "D3D12/LxPlatformLimitations.h"
 #include "EffectManager/D3D12/LxD3D12Effect.h"
 #include "EffectManager/D3D12/LxD3D12EffectBuilder.h"
 #include "EffectManager/D3D12/LxD3D12EffectManager.h"
@@ -132,8 +133,6 @@ protected:
             s_gpu = nullptr;
             return;
         }
-        // Constant-buffer copies live in the upload ring: it must learn when frames complete.
-        s_rm->GetFrameRing().AddFrameEndListener(s_gpu);
         // The platform manager comes through the creation seam, as an application gets it.
         LxD3D12EffectManager::RegisterCreateFunction();
         s_scratch = LxTest::MakeTempDir("d3d12fx");
@@ -147,8 +146,6 @@ protected:
         s_default = LxCountedPtr<LxEffect>();
         LxEffectManager::ShutDown();
         LxEffectManager::SetCreateFunction(nullptr);
-        if (s_rm && s_gpu)
-            s_rm->GetFrameRing().RemoveFrameEndListener(s_gpu);
         LxGPUResourceManager::ShutDown();
         LxGPUResourceManager::SetCreateFunction(nullptr);
         LxRenderManager::ShutDown();
@@ -615,4 +612,135 @@ TEST_F(D3D12EffectTest, UnboundSlotsAreReportedAndThePassFails)
     fx->EndPass();
     fx->End();
     ASSERT_TRUE(s_rm->EndScene());
+}
+
+TEST_F(D3D12EffectTest, TexturesAreSampledThroughTheEffectsSamplers)
+{
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("textures.fx");
+    ASSERT_TRUE(fx) << log.All();
+    // 2x2 texels: red, green / blue, white.
+    const unsigned char texels[16] = {255, 0, 0, 255, 0, 255, 0, 255, 0, 0, 255, 255, 255, 255, 255, 255};
+    LxMemoryBuffer* data = LxMemoryBuffer::Allocate(sizeof(texels));
+    std::memcpy(data->GetData(), texels, sizeof(texels));
+    LxCountedPtr<LxGPUTexture2DArray> texture = LxGPUResourceManager::GetRef().CreateTexture2DArray(
+        LxGPUResource::GPU_RESOURCE_STATIC, 2, 2, LX_FORMAT_R8G8B8A8_UNORM, LxGPUTexture::MIP_NONE, 1, 1,
+        LxGPUResource::BIND_SHADER_RESOURCE, 0, LxCountedPtr<LxMemoryBuffer>(data));
+    ASSERT_TRUE(texture) << log.All();
+    ASSERT_TRUE(fx->BindTextureResource("tImage", *texture)) << log.All();
+
+    // Texture coordinates run from 0 to 2 across the screen: the right half reads past the texture's edge.
+    const unsigned left = kFxSize / 8, right = kFxSize * 5 / 8, top = kFxSize / 8, bottom = kFxSize * 5 / 8;
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+    Draw(*fx, "Wrap");
+    LxImageData2D wrap = Capture();
+    ASSERT_TRUE(s_rm->EndScene());
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+    Draw(*fx, "Clamp");
+    LxImageData2D clamp = Capture();
+    ASSERT_TRUE(s_rm->EndScene());
+
+    ExpectPixel(wrap, left, top, kFxRed, "wrap, inside the texture");
+    ExpectPixel(clamp, left, top, kFxRed, "clamp, inside the texture");
+    ExpectPixel(wrap, right, top, kFxRed, "wrap repeats the first column");
+    ExpectPixel(clamp, right, top, kFxGreen, "clamp stretches the last column");
+    ExpectPixel(wrap, left, bottom, kFxRed, "wrap repeats the first row");
+    ExpectPixel(clamp, left, bottom, kFxBlue, "clamp stretches the last row");
+    ExpectPixel(clamp, right, bottom, {255, 255, 255, 255}, "clamp, corner");
+    fx->BindTexture("tImage", LxCountedPtr<LxGPUSamplingResourceView>());
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+TEST_F(D3D12EffectTest, ComputePassWritesATextureThatReadsBack)
+{
+    LxTest::LogCapture log;
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("textures.fx");
+    ASSERT_TRUE(fx) << log.All();
+    LxCountedPtr<LxGPUTexture2DArray> target = LxGPUResourceManager::GetRef().CreateTexture2DArray(
+        LxGPUResource::GPU_RESOURCE_STATIC, 8, 8, LX_FORMAT_R8G8B8A8_UNORM, LxGPUTexture::MIP_NONE, 1, 1,
+        LxGPUResource::BIND_SHADER_RESOURCE | LxGPUResource::BIND_UNORDERED_ACCESS, 0, LxCountedPtr<LxMemoryBuffer>());
+    ASSERT_TRUE(target) << log.All();
+    ASSERT_TRUE(fx->BindUAVResource("uOutput", *target)) << log.All();
+
+    ASSERT_TRUE(s_rm->BeginScene());
+    unsigned passes = 0;
+    ASSERT_TRUE(fx->Begin("Fill", &passes));
+    ASSERT_TRUE(fx->BeginPass(0)) << log.All();
+    s_rm->Dispatch(1, 1, 1);
+    fx->EndPass();
+    fx->End();
+    LxImageData2D image;
+    ASSERT_TRUE(s_rm->CaptureRenderTarget(LxD3D12GPUResourceManager::GetD3D12Resource(target.Get()),
+                                          LxD3D12GPUResourceManager::GetD3D12State(target.Get()), &image));
+    ASSERT_TRUE(s_rm->EndScene());
+    ASSERT_EQ(image.GetWidth(), 8u);
+    // vFill = (0, 0.5, 1) in the left half, halved in the right half.
+    ExpectPixel(image, 1, 1, {0, 128, 255, 255}, "left half", 1);
+    ExpectPixel(image, 6, 6, {0, 64, 128, 255}, "right half", 1);
+    fx->BindUAV("uOutput", LxCountedPtr<LxGPUUnorderedAccessView>());
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+// Messages for shaders the test platform cannot compile or reflect faithfully: each case runs; where a platform
+// limitation applies, the expectation is the platform's failure instead of the builder's message.
+TEST_F(D3D12EffectTest, MessagesThePlatformCompilerCannotProvokeFollowItsLimitations)
+{
+    using namespace LxPlatformLimitations;
+    struct Case
+    {
+        const char* what;
+        const char* slots;
+        const char* shader;
+        const char* message;
+        const Limitation* limitation;
+    };
+    const Case cases[] = {
+        {"structured", "RWTexture2D uData < >\n",
+         "RWStructuredBuffer<float4> uData;\n[numthreads(1, 1, 1)] void main() { uData[0] = 1; }\n",
+         "Compute Shader declares a structured buffer resource named: 'uData' but the matching UAV slot is not a "
+         "structured buffer.",
+         &kNoStructuredBuffers},
+        {"append", "RWTexture2D uData < >\n",
+         "AppendStructuredBuffer<float4> uData;\n[numthreads(1, 1, 1)] void main() { uData.Append(1); }\n",
+         "Compute Shader declares an append or consume structured buffer resource named: 'uData' but the matching "
+         "UAV slot is not an append or consume structured buffer.",
+         &kNoStructuredBuffers},
+        {"raw", "RWTexture2D uData < >\n",
+         "RWByteAddressBuffer uData;\n[numthreads(1, 1, 1)] void main() { uData.Store(0, 1); }\n",
+         "Compute Shader declares a raw buffer resource named: 'uData' but the matching UAV slot is not a raw buffer.",
+         &kByteAddressUAVReflectedAsTyped},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.what);
+        LxTest::LogCapture log;
+        const std::string name = std::string("limited_") + c.what + ".fx";
+        WriteEffect(name, std::string(c.slots) + "ComputeTechnique C\n{\n  Pass P\n  {\n    ComputeShader()\n" +
+                              c.shader + "    EndComputeShader\n  }\n}\n");
+        const bool loaded = Manager().LoadEffect(name.c_str()) != nullptr;
+        if (!log.Contains(c.message) && Applies(*c.limitation))
+            continue; // the platform refused or misreported the shader
+        EXPECT_FALSE(loaded);
+        EXPECT_TRUE(log.Contains(c.message)) << log.All();
+    }
+
+    // A geometry shader: compiled and checked where the platform can; refused with the compiler's text here.
+    LxTest::LogCapture log;
+    WriteEffect("limited_gs.fx", "Technique T\n{\n  Pass P\n  {\n"
+                                 "    VertexShader() float4 main() : SV_Position { return 0; } EndVertexShader\n"
+                                 "    GeometryShader()\n"
+                                 "      struct V { float4 p : SV_Position; };\n"
+                                 "      [maxvertexcount(3)] void main(triangle V i[3], inout TriangleStream<V> o)\n"
+                                 "      { o.Append(i[0]); o.Append(i[1]); o.Append(i[2]); }\n"
+                                 "    EndGeometryShader\n  }\n}\n");
+    LxCountedPtr<LxEffect> gs = Manager().LoadEffect("limited_gs.fx");
+    if (!gs && Applies(kNoGeometryOrTessellationShaders))
+        EXPECT_TRUE(log.Contains("limited_gs.fx")) << log.All();
+    else
+    {
+        ASSERT_TRUE(gs) << log.All();
+        EXPECT_TRUE(gs->GetTechnique("T")->GetPass(0u)->HasShader(LX_GEOMETRY_SHADER));
+    }
 }
