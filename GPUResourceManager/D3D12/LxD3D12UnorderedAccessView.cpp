@@ -6,18 +6,8 @@
 
 LxD3D12UnorderedAccessView::LxD3D12UnorderedAccessView(LxGPUResource* resource,
                                                        const LxGPUResourceViewDescription& desc)
-    : LxGPUUnorderedAccessView(resource, desc)
+    : LxD3D12View(resource, desc)
 {
-}
-
-bool LxD3D12UnorderedAccessView::Create()
-{
-    return CreateDescriptor(*this);
-}
-
-void LxD3D12UnorderedAccessView::Destroy()
-{
-    ReleaseDescriptor();
 }
 
 bool LxD3D12UnorderedAccessView::ClearFloat(const float values[4])

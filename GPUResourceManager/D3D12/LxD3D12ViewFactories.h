@@ -6,10 +6,8 @@
 // Header-only template; each factory returns a new, not yet created view (null only when memory runs out).
 #pragma once
 
-#include "GPUResourceManager/D3D12/LxD3D12DepthStencilView.h"
-#include "GPUResourceManager/D3D12/LxD3D12RenderableView.h"
-#include "GPUResourceManager/D3D12/LxD3D12SamplingView.h"
 #include "GPUResourceManager/D3D12/LxD3D12UnorderedAccessView.h"
+#include "GPUResourceManager/D3D12/LxD3D12View.h"
 
 #include <new>
 
@@ -22,15 +20,15 @@ public:
 protected:
     LxGPUSamplingResourceView* CreateSamplingView(const LxGPUResourceViewDescription& desc) override
     {
-        return new (std::nothrow) LxD3D12SamplingView(this, desc);
+        return new (std::nothrow) LxD3D12View<LxGPUSamplingResourceView>(this, desc);
     }
     LxGPURenderableResourceView* CreateRenderableView(const LxGPUResourceViewDescription& desc) override
     {
-        return new (std::nothrow) LxD3D12RenderableView(this, desc);
+        return new (std::nothrow) LxD3D12View<LxGPURenderableResourceView>(this, desc);
     }
     LxGPUDepthStencilResourceView* CreateDepthStencilView(const LxGPUResourceViewDescription& desc) override
     {
-        return new (std::nothrow) LxD3D12DepthStencilView(this, desc);
+        return new (std::nothrow) LxD3D12View<LxGPUDepthStencilResourceView>(this, desc);
     }
     LxGPUUnorderedAccessView* CreateUnorderedAccessView(const LxGPUResourceViewDescription& desc) override
     {

@@ -264,3 +264,15 @@ D3D12_GRAPHICS_PIPELINE_STATE_DESC TrianglePipelineDesc(ID3D12RootSignature* roo
     return desc;
 }
 } // namespace LxD3D12Test
+
+namespace LxD3D12Test
+{
+ComPtr<ID3D12Resource> CreateDefaultBuffer(ID3D12Device* device, UINT64 size, D3D12_RESOURCE_STATES state)
+{
+    const D3D12_RESOURCE_DESC desc = ResourceDesc(D3D12_RESOURCE_DIMENSION_BUFFER, DXGI_FORMAT_UNKNOWN, size, 1,
+                                                  D3D12_TEXTURE_LAYOUT_ROW_MAJOR, D3D12_RESOURCE_FLAG_NONE);
+    ComPtr<ID3D12Resource> buffer;
+    return SUCCEEDED(CreateCommitted(device, D3D12_HEAP_TYPE_DEFAULT, desc, state, nullptr, &buffer)) ? buffer
+                                                                                                      : nullptr;
+}
+} // namespace LxD3D12Test

@@ -106,3 +106,9 @@ ComPtr<ID3D12RootSignature> CreateRootSignature(ID3D12Device* device, const D3D1
 D3D12_GRAPHICS_PIPELINE_STATE_DESC TrianglePipelineDesc(ID3D12RootSignature* root, ID3DBlob* vs, ID3DBlob* ps,
                                                         DXGI_FORMAT target);
 } // namespace LxD3D12Test
+
+namespace LxD3D12Test
+{
+// A committed buffer in the default heap, created in `state` (copy destinations for data checked later).
+ComPtr<ID3D12Resource> CreateDefaultBuffer(ID3D12Device* device, UINT64 size, D3D12_RESOURCE_STATES state);
+} // namespace LxD3D12Test

@@ -520,23 +520,9 @@ TEST_F(D3D12ResourceManager, UploadRingWrapsAcrossRealFramesWithoutOverwritingFr
     std::vector<Block> blocks;
     unsigned long long written = 0;
     const unsigned long long destinationSize = 4 * 1024 * 1024;
-    ComPtr<ID3D12Resource> destination;
-    {
-        D3D12_HEAP_PROPERTIES heap = {D3D12_HEAP_TYPE_DEFAULT, D3D12_CPU_PAGE_PROPERTY_UNKNOWN,
-                                      D3D12_MEMORY_POOL_UNKNOWN, 1, 1};
-        D3D12_RESOURCE_DESC desc = {D3D12_RESOURCE_DIMENSION_BUFFER,
-                                    0,
-                                    destinationSize,
-                                    1,
-                                    1,
-                                    1,
-                                    DXGI_FORMAT_UNKNOWN,
-                                    {1, 0},
-                                    D3D12_TEXTURE_LAYOUT_ROW_MAJOR,
-                                    D3D12_RESOURCE_FLAG_NONE};
-        ASSERT_HRESULT_SUCCEEDED(device->CreateCommittedResource(
-            &heap, D3D12_HEAP_FLAG_NONE, &desc, D3D12_RESOURCE_STATE_COPY_DEST, nullptr, IID_PPV_ARGS(&destination)));
-    }
+    ComPtr<ID3D12Resource> destination =
+        LxD3D12Test::CreateDefaultBuffer(device, destinationSize, D3D12_RESOURCE_STATE_COPY_DEST);
+    ASSERT_NE(destination, nullptr);
     unsigned wraps = 0;
     unsigned waits = 0;
     unsigned long long lastHead = 0;

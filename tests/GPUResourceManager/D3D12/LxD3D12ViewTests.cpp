@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -99,7 +100,7 @@ class D3D12Views : public ::testing::Test
 protected:
     static void SetUpTestSuite()
     {
-        s_window = new LxD3D12Test::TestWindow();
+        s_window.reset(new LxD3D12Test::TestWindow());
         if (!s_window->Create(kWindowClass, kSize, kSize) ||
             !LxD3D12RenderManager::Init(LxD3D12Test::MakeRenderManagerDesc(s_window->Handle(), kSize)))
             return;
@@ -118,8 +119,7 @@ protected:
         LxRenderManager::ShutDown();
         LxRenderManager::SetCreateFunction(nullptr);
         s_rm = nullptr;
-        delete s_window;
-        s_window = nullptr;
+        s_window.reset();
     }
     void SetUp() override
     {
@@ -187,13 +187,13 @@ protected:
                                  << ", expected " << LxD3D12Test::RgbaText(expected);
     }
 
-    static LxD3D12Test::TestWindow* s_window;
+    static std::unique_ptr<LxD3D12Test::TestWindow> s_window;
     static LxD3D12RenderManager* s_rm;
     static ComPtr<ID3D12RootSignature> s_root;
     static ComPtr<ID3D12PipelineState> s_sample, s_sampleArray;
     static std::string s_errors;
 };
-LxD3D12Test::TestWindow* D3D12Views::s_window = nullptr;
+std::unique_ptr<LxD3D12Test::TestWindow> D3D12Views::s_window;
 LxD3D12RenderManager* D3D12Views::s_rm = nullptr;
 ComPtr<ID3D12RootSignature> D3D12Views::s_root;
 ComPtr<ID3D12PipelineState> D3D12Views::s_sample, D3D12Views::s_sampleArray;
@@ -501,23 +501,9 @@ TEST_F(D3D12Views, ManyRealFramesRecycleUploadsAndFrameDescriptorsBehindTheFence
     const unsigned rangeSize = 7;
     const unsigned long long destinationSize = 16 * 1024 * 1024;
     const unsigned largestBlock = 700000 + 39 * 9973;
-    ComPtr<ID3D12Resource> destination;
-    {
-        D3D12_HEAP_PROPERTIES heap = {D3D12_HEAP_TYPE_DEFAULT, D3D12_CPU_PAGE_PROPERTY_UNKNOWN,
-                                      D3D12_MEMORY_POOL_UNKNOWN, 1, 1};
-        D3D12_RESOURCE_DESC desc = {D3D12_RESOURCE_DIMENSION_BUFFER,
-                                    0,
-                                    destinationSize,
-                                    1,
-                                    1,
-                                    1,
-                                    DXGI_FORMAT_UNKNOWN,
-                                    {1, 0},
-                                    D3D12_TEXTURE_LAYOUT_ROW_MAJOR,
-                                    D3D12_RESOURCE_FLAG_NONE};
-        ASSERT_HRESULT_SUCCEEDED(s_rm->GetDevice()->CreateCommittedResource(
-            &heap, D3D12_HEAP_FLAG_NONE, &desc, D3D12_RESOURCE_STATE_COPY_DEST, nullptr, IID_PPV_ARGS(&destination)));
-    }
+    ComPtr<ID3D12Resource> destination =
+        LxD3D12Test::CreateDefaultBuffer(s_rm->GetDevice(), destinationSize, D3D12_RESOURCE_STATE_COPY_DEST);
+    ASSERT_NE(destination, nullptr);
     struct Block
     {
         unsigned long long destination;
