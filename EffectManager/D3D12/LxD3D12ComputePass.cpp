@@ -28,6 +28,11 @@ bool LxD3D12ComputePass::SetStreamOutMap(unsigned int index, LxStreamMap* map)
 bool LxD3D12ComputePass::Finalize(ID3D12Device* device)
 {
     m_pReporter = nullptr;
+    return FinalizeCompute(device);
+}
+
+bool LxD3D12ComputePass::FinalizeCompute(ID3D12Device* device)
+{
     if (!device)
     {
         LX_ERROR("LxD3D12ComputePass::Finalize.  No Direct3D 12 device");

@@ -15,4 +15,7 @@ public:
     bool SetStreamOutMap(unsigned int index, LxStreamMap* map) override;
     bool Finalize(ID3D12Device* device) override;
     bool Bind(LxEffect& effect) override;
+
+private:
+    bool FinalizeCompute(ID3D12Device* device);
 };

@@ -254,7 +254,6 @@ bool LxD3D12EffectBuilder::Reflect(LxD3D12Shader& shader, LxD3D12Effect& effect)
         reflection->Release();
         return false;
     }
-    const bool compute = shader.GetType() == LX_COMPUTE_SHADER;
     LxArray<unsigned int> samplerRegisters;
     for (unsigned int r = 0; r < desc.BoundResources; ++r)
     {
@@ -556,6 +555,5 @@ bool LxD3D12EffectBuilder::Reflect(LxD3D12Shader& shader, LxD3D12Effect& effect)
         shader.GetConstantBuffers().Add(binding);
     }
     reflection->Release();
-    (void)compute;
     return ok;
 }

@@ -787,12 +787,88 @@ bool LxD3D12EffectPass::CreateRootSignature(ID3D12Device* device, const LxShader
 
 bool LxD3D12EffectPass::Finalize(ID3D12Device* device)
 {
+    const bool ok = FinalizeGraphics(device);
     m_pReporter = nullptr;
+    return ok;
+}
+
+bool LxD3D12EffectPass::BuildStreamOutput(LxArray<D3D12_SO_DECLARATION_ENTRY>* entries, LxArray<UINT>* strides,
+                                          LxArray<LxString>* semantics)
+{
+    // Map i feeds stream i; each vertex stream of a map is one output slot. Maps come in order: no gaps.
+    bool gap = false;
+    unsigned int total = 0;
+    for (unsigned int i = 0; i < MAX_STREAM_OUT_MAPS; ++i)
+    {
+        const LxStreamMap* map = GetStreamOutMap(i);
+        for (unsigned int j = 0; map && j < map->GetNumStreams(); ++j)
+            total += map->GetStreamDecl(j) ? map->GetStreamDecl(j)->GetNumElements() : 0;
+    }
+    semantics->Reserve(total); // the entries point into it
+    for (unsigned int i = 0; i < MAX_STREAM_OUT_MAPS; ++i)
+    {
+        const LxStreamMap* map = GetStreamOutMap(i);
+        if (!map)
+        {
+            gap = true;
+            continue;
+        }
+        if (gap)
+        {
+            Report("Gap found in SO stream maps.  SO stream maps must be assigned in order (0, then 1, then 2, etc)");
+            return false;
+        }
+        if (map->GetNumStreams() > D3D12_SO_BUFFER_SLOT_COUNT)
+        {
+            Report("Too many streams in Stream out StreamMap");
+            return false;
+        }
+        for (unsigned int j = 0; j < map->GetNumStreams(); ++j)
+        {
+            const LxVertexStreamDecl* decl = map->GetStreamDecl(j);
+            if (!decl)
+            {
+                LxString message;
+                message.Format("Error creating stream output declaration for SO stream map: %u", i);
+                Report(message);
+                return false;
+            }
+            while (strides->GetCount() <= j)
+                strides->Add(0);
+            (*strides)[j] = decl->GetStride();
+            for (unsigned int e = 0; e < decl->GetNumElements(); ++e)
+            {
+                const LxVertexElement* element = decl->GetElement(e);
+                LxString semantic;
+                unsigned int index = 0;
+                element->GetSemantic(&semantic, &index);
+                semantics->Add(semantic);
+                D3D12_SO_DECLARATION_ENTRY entry = {};
+                entry.Stream = i;
+                entry.SemanticName = (*semantics)[semantics->GetCount() - 1].c_str();
+                entry.SemanticIndex = index;
+                entry.StartComponent = 0;
+                entry.ComponentCount = static_cast<BYTE>(element->GetComponentCount());
+                entry.OutputSlot = static_cast<BYTE>(j);
+                entries->Add(entry);
+            }
+        }
+    }
+    return true;
+}
+
+bool LxD3D12EffectPass::FinalizeGraphics(ID3D12Device* device)
+{
     if (!device)
     {
         LX_ERROR("LxD3D12EffectPass::Finalize.  No Direct3D 12 device");
         return false;
     }
+    LxArray<D3D12_SO_DECLARATION_ENTRY> soEntries;
+    LxArray<UINT> soStrides;
+    LxArray<LxString> soSemantics;
+    if (!BuildStreamOutput(&soEntries, &soStrides, &soSemantics))
+        return false;
     if (!CreateRootSignature(device, kGraphicsStages, 5, m_block.numRenderTargets))
         return false;
 
@@ -869,6 +945,11 @@ bool LxD3D12EffectPass::Finalize(ID3D12Device* device)
         desc.HS = hs->GetD3D12ByteCode();
     if (ds)
         desc.DS = ds->GetD3D12ByteCode();
+    desc.StreamOutput.pSODeclaration = soEntries.GetData();
+    desc.StreamOutput.NumEntries = soEntries.GetCount();
+    desc.StreamOutput.pBufferStrides = soStrides.GetData();
+    desc.StreamOutput.NumStrides = soStrides.GetCount();
+    desc.StreamOutput.RasterizedStream = 0;
     desc.BlendState = m_block.blend;
     desc.SampleMask = m_block.sampleMask;
     desc.RasterizerState = m_block.rasterizer;

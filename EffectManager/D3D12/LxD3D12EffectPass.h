@@ -96,6 +96,10 @@ protected:
     // Sets every root parameter on `list` for `effect`, through the graphics or compute setters.
     bool BindRootParameters(ID3D12GraphicsCommandList* list, LxEffect& effect, bool compute, const char* who);
     const LxD3D12Shader* GetD3D12Shader(LxShaderType type) const;
+    // The stream-output declaration of the stream-out maps; false after reporting a gap or a bad map.
+    bool BuildStreamOutput(LxArray<D3D12_SO_DECLARATION_ENTRY>* entries, LxArray<UINT>* strides,
+                           LxArray<LxString>* semantics);
+    bool FinalizeGraphics(ID3D12Device* device);
 
     LxEffectBuilder* m_pReporter; // valid until Finalize
     PipelineStateBlock m_block;
