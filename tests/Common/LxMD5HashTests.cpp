@@ -67,10 +67,8 @@ TEST(LxMD5Hash, TextFormAndHasher)
     EXPECT_TRUE(LxMD5Hash::FromString(LxString("00112233445566778899AABBCCDDEEFF"), &h));
 
     LxMD5Hash untouched;
-    EXPECT_FALSE(LxMD5Hash::FromString(LxString("0011223344556677889900aabbccddee"
-                                                "f"),
-                                       &untouched));                                              // 33 characters
-    EXPECT_FALSE(LxMD5Hash::FromString(LxString("0011223344556677889900aabbccdde"), &untouched)); // 31
+    EXPECT_FALSE(LxMD5Hash::FromString(LxString("0011223344556677889900aabbccddeef"), &untouched)); // 33 digits
+    EXPECT_FALSE(LxMD5Hash::FromString(LxString("0011223344556677889900aabbccdde"), &untouched));   // 31
     EXPECT_FALSE(LxMD5Hash::FromString(LxString("zz112233445566778899aabbccddeeff"), &untouched));
     EXPECT_TRUE(untouched.IsZero());
     LxMD5Hash::ZeroHash(&h);

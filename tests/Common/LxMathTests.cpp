@@ -8,7 +8,6 @@
 #include "Common/LxMersenneTwister.h"
 #include "Common/LxPitchYaw.h"
 #include "Common/LxQuat.h"
-#include "Common/LxVector2.h"
 
 #include <gtest/gtest.h>
 
@@ -61,21 +60,17 @@ TEST(LxVector, ArithmeticAndNormalising)
 {
     const LxVector3 x(1, 0, 0), y(0, 1, 0);
     EXPECT_EQ(LxVector3(0, 0, 1), x.Cross(y)) << "right-handed";
-    EXPECT_EQ(LxVector3(0, 0, -1), y.Cross(x));
     LxVector3 v(3, 0, 4);
     EXPECT_EQ(5.0f, v.Normalize());
     EXPECT_EQ(LxVector3(0.6f, 0, 0.8f), v);
     LxVector3 zero;
     EXPECT_EQ(0.0f, zero.Normalize());
     EXPECT_EQ(LxVector3(), zero) << "the zero vector stays zero, no NaN";
-    EXPECT_EQ(LxVector2(2, 3), LxVector2(1, 1) + LxVector2(1, 2));
-    EXPECT_EQ(LxVector4(2, 4, 6, 8), 2.0f * LxVector4(1, 2, 3, 4));
     EXPECT_EQ(1.0f, LxVector4(LxPoint3(1, 2, 3)).w);
 
     const LxPoint3 a(1, 2, 3), b(4, 6, 3);
     EXPECT_EQ(LxVector3(3, 4, 0), b - a);
     EXPECT_EQ(5.0f, a.Distance(b));
-    EXPECT_EQ(b, a + (b - a));
     EXPECT_EQ(LxPoint3(1, 2, 3), LxPoint3::Min(a, b));
     EXPECT_EQ(LxPoint3(2.5f, 4, 3), LxPoint3::Lerp(a, b, 0.5f));
 }
@@ -84,10 +79,7 @@ TEST(LxMatrix4, StorageIsColumnMajorWithColumnVectors)
 {
     LxMatrix4 t;
     t.MakeTranslation(5, 6, 7);
-    EXPECT_EQ(5.0f, t[12]);
-    EXPECT_EQ(6.0f, t[13]);
-    EXPECT_EQ(7.0f, t[14]);
-    EXPECT_EQ(1.0f, t[15]);
+    EXPECT_EQ(LxVector4(5, 6, 7, 1), LxVector4(t.GetData() + 12)) << "the translation is the last column";
     EXPECT_EQ(LxPoint3(6, 6, 7), t.TransformPoint(LxPoint3(1, 0, 0)));
     EXPECT_EQ(LxVector3(1, 0, 0), t.TransformVector(LxVector3(1, 0, 0))) << "vectors ignore translation";
     EXPECT_EQ(LxVector4(5, 6, 7, 1), t * LxVector4(0, 0, 0, 1));
@@ -123,7 +115,6 @@ TEST(LxMatrix4, StorageIsColumnMajorWithColumnVectors)
     EXPECT_TRUE(LxMatrix4().IsIdentity());
     LxMatrix4 d;
     d.MakeDiagonal(1, 2, 3, 4);
-    EXPECT_EQ(4.0f, d[15]);
     EXPECT_EQ(24.0f, d.Determinant());
 }
 
@@ -203,9 +194,6 @@ TEST(LxMatrix4, InversesUndoTheirMatrix)
     LxMatrix4 rigid;
     rigid.MakeTransform(LxVector3(10, -3, 7), q, LxVector3(1, 1, 1));
     EXPECT_TRUE((rigid * rigid.RigidInverse()).IsIdentity(1e-5f));
-    LxMatrix4 general0;
-    ASSERT_TRUE(rigid.Inverse(&general0));
-    EXPECT_TRUE(rigid.RigidInverse().Equals(general0, 1e-5f));
 
     LxMatrix4 general = Perspective(0.5f, 100.0f, true) * rigid;
     general[3] = 0.25f;
@@ -582,16 +570,4 @@ TEST(LxMersenneTwister, MatchesTheReference)
         ASSERT_LT(r53, 1.0);
         ASSERT_EQ(static_cast<int>(b.genrand_int32() >> 1), a.genrand_int31());
     }
-    LxMersenneTwister ones(1);
-    double lowest = 1, highest = 0;
-    for (int i = 0; i < 10000; ++i)
-    {
-        const double v = ones.genrand_real3();
-        lowest = v < lowest ? v : lowest;
-        highest = v > highest ? v : highest;
-    }
-    EXPECT_GT(lowest, 0.0);
-    EXPECT_LT(highest, 1.0);
-    EXPECT_LT(lowest, 0.001);
-    EXPECT_GT(highest, 0.999);
 }

@@ -13,6 +13,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -133,7 +134,7 @@ TEST(LxSerializer, VersionTagAndAttachment)
     EXPECT_EQ(nullptr, s.GetFileHandle());
 }
 
-TEST(LxSerializer, NumbersAreLittleEndianAndBackToBack)
+TEST(LxSerializer, NumbersAndBoolsAreLittleEndianAndBackToBack)
 {
     Attached w;
     const unsigned char u8[] = {0x01, 0xff};
@@ -164,23 +165,19 @@ TEST(LxSerializer, NumbersAreLittleEndianAndBackToBack)
     EXPECT_EQ(1.0f, bf);
     EXPECT_EQ(-2.0, bd);
     EXPECT_FALSE(r.ReadUInt8(b8, 1)) << "nothing is left";
-}
 
-TEST(LxSerializer, BoolsAreOneByteZeroOrOne)
-{
-    Attached w;
+    // Bools are one byte, 0 or 1: storage holding 2 (filled through raw memory) is still written as 1, and any
+    // non-zero byte reads as true.
+    Attached wb;
     bool values[] = {true, false, true, false};
     const unsigned char two = 2;
-    std::memcpy(&values[3], &two, 1); // storage holding 2, filled through raw memory: still written as 1
-    ASSERT_TRUE(w.WriteBool(values, 4));
-    EXPECT_EQ("01 00 01 01", w.Hex());
-
-    Attached r(std::string("\x00\x07\x01", 3));
+    std::memcpy(&values[3], &two, 1);
+    ASSERT_TRUE(wb.WriteBool(values, 4));
+    EXPECT_EQ("01 00 01 01", wb.Hex());
+    Attached rb(std::string("\x00\x07\x01", 3));
     bool back[3] = {true, false, false};
-    ASSERT_TRUE(r.ReadBool(back, 3));
-    EXPECT_FALSE(back[0]);
-    EXPECT_TRUE(back[1]) << "any non-zero byte reads as true";
-    EXPECT_TRUE(back[2]);
+    ASSERT_TRUE(rb.ReadBool(back, 3));
+    EXPECT_EQ((std::vector<bool>{false, true, true}), std::vector<bool>(back, back + 3));
 }
 
 TEST(LxSerializer, ZeroCountsAndRawData)
