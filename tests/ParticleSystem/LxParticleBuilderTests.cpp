@@ -213,11 +213,7 @@ TEST(LxParticleBuilder, DescriptionRules)
     EXPECT_STREQ("Advection (based on Obj.Transform)", LxParticleKindDisplayName(LX_PARTICLE_KIND_ADVECTION));
     EXPECT_STREQ("", LxParticleKindDisplayName(LX_PARTICLE_KIND_COUNT));
 
-    // A transform without items is the identity; a parameter's channel names stay within its channels.
-    const LxParticleTransform identity;
-    EXPECT_EQ(0.0f, identity.GetTranslation().x);
-    EXPECT_EQ(1.0f, identity.GetScale().y);
-    EXPECT_FALSE(identity.GetAnimation());
+    // A parameter's channel names stay within its channels.
     LxParticleParameter parameter(LX_PARTICLE_PARAM_KEYFRAME);
     parameter.SetCurveName(3, "beyond");
     EXPECT_TRUE(parameter.GetCurveName(3).IsEmpty());

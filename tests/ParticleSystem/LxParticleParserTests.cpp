@@ -128,7 +128,6 @@ TEST(LxParticleParser, CampfireBuildsEveryConstruct)
     const LxParticleElementDesc& flames = fire.GetEmitter(0);
     EXPECT_STREQ("Flames", flames.GetName().c_str());
     EXPECT_EQ(LX_PARTICLE_KIND_EMITTER, flames.GetKind());
-    EXPECT_TRUE(flames.IsEmitter());
     EXPECT_STREQ("Emitter", flames.GetKindDisplayName());
     ASSERT_EQ(4u, flames.GetParameterCount());
     EXPECT_STREQ("Rate", flames.GetParameter(0).name.c_str());
@@ -183,7 +182,6 @@ TEST(LxParticleParser, CampfireBuildsEveryConstruct)
     const LxParticleElementDesc& gravity = fire.GetAction(0);
     EXPECT_EQ(LX_PARTICLE_KIND_CONST_ACCEL, gravity.GetKind());
     EXPECT_STREQ("Const. Accel.", gravity.GetKindDisplayName());
-    EXPECT_FALSE(gravity.IsEmitter());
     EXPECT_FLOAT_EQ(-9.81f, gravity.FindParameter("Acceleration")->GetFixed(1));
     const LxParticleElementDesc* ground = fire.FindAction("Ground");
     ASSERT_TRUE(ground);

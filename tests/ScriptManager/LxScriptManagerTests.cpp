@@ -298,7 +298,7 @@ TEST_F(ScriptManagerTest, CallFunctionPassesTypedUserDataAndReturnsText)
     EXPECT_TRUE(m_sm->GetBoolVariable("sameType", false));
 }
 
-TEST_F(ScriptManagerTest, ScriptsFromIncludeDirectoriesReloadIntoAFreshState)
+TEST_F(ScriptManagerTest, ScriptsAndLibrariesReloadIntoAFreshState)
 {
     const std::string dir = LxTest::MakeTempDir("scripts");
     const std::string other = LxTest::MakeTempDir("other");
@@ -316,6 +316,7 @@ TEST_F(ScriptManagerTest, ScriptsFromIncludeDirectoriesReloadIntoAFreshState)
             lua_setglobal(L, "fromLibrary");
             return 0;
         }
+        static int Fail(lua_State* L) { return luaL_error(L, "cannot open"); }
     };
     EXPECT_TRUE(m_sm->RegisterLibrary(&Lib::Open));
     EXPECT_TRUE(m_sm->LoadScript("init.lua"));
@@ -353,14 +354,10 @@ TEST_F(ScriptManagerTest, ScriptsFromIncludeDirectoriesReloadIntoAFreshState)
     EXPECT_TRUE(m_sm->GetBoolVariable("fixed", false));
     m_sm->GetFloatVariable("fromLibrary", 0.0f, &found);
     EXPECT_FALSE(found);
-}
 
-TEST_F(ScriptManagerTest, LibraryOpenerErrorsAreReported)
-{
-    struct Lib
-    {
-        static int Fail(lua_State* L) { return luaL_error(L, "cannot open"); }
-    };
+    // An opener that fails, or none at all, is reported, on the fresh state with a fresh sentinel.
+    lua_pushinteger(L(), 1234);
+    m_log.Clear();
     EXPECT_FALSE(m_sm->RegisterLibrary(&Lib::Fail));
     EXPECT_FALSE(m_sm->RegisterLibrary(nullptr));
     EXPECT_EQ((Strings{"LxScriptManager::RegisterLibrary.  cannot open",
@@ -392,19 +389,7 @@ TEST_F(ScriptManagerTest, GarbageCollectionControl)
 
 // --- message queue --------------------------------------------------------------------------------------------
 
-TEST_F(ScriptManagerTest, AddMessageTrimsTheCallersString)
-{
-    LxString message("   \tn = (n or 0) + 1");
-    EXPECT_TRUE(m_sm->AddMessage(message));
-    EXPECT_STREQ("n = (n or 0) + 1", message.c_str());
-    LxString blank(" \t\r\n ");
-    EXPECT_FALSE(m_sm->AddMessage(blank));
-    EXPECT_EQ(1u, m_sm->GetQueuedMessageCount());
-    m_sm->ProcessMessages();
-    EXPECT_EQ(1.0, Number("n"));
-}
-
-TEST_F(ScriptManagerTest, PerFrameCountPacesTheQueue)
+TEST_F(ScriptManagerTest, MessagesAreTrimmedAndPacedPerFrame)
 {
     struct Case
     {
@@ -434,6 +419,16 @@ TEST_F(ScriptManagerTest, PerFrameCountPacesTheQueue)
     }
     EXPECT_TRUE(m_sm->ClearQueue());
     EXPECT_EQ(0u, m_sm->GetQueuedMessageCount());
+
+    // A message is trimmed in the caller's string; a blank one is refused.
+    LxString message("   \tn = (n or 0) + 1");
+    EXPECT_TRUE(m_sm->AddMessage(message));
+    EXPECT_STREQ("n = (n or 0) + 1", message.c_str());
+    LxString blank(" \t\r\n ");
+    EXPECT_FALSE(m_sm->AddMessage(blank));
+    EXPECT_EQ(1u, m_sm->GetQueuedMessageCount());
+    m_sm->ProcessMessages();
+    EXPECT_EQ(6.0, Number("n"));
 }
 
 TEST_F(ScriptManagerTest, QueriesAnswerThroughTheReturnSlot)
