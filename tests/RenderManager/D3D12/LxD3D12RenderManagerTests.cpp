@@ -637,3 +637,28 @@ TEST(D3D12RenderManagerCreation, EveryProvokableCreationMessageIsLogged)
     }
 }
 } // namespace
+
+namespace
+{
+// A full-screen run goes full screen at creation and leaves it before the swap chain is released. Both shut-down
+// messages about the full-screen state stay silent here: this platform's swap chain answers and leaves full screen
+// even once the window is gone, so neither failure can be provoked.
+TEST(D3D12RenderManagerCreation, FullScreenIsLeftBeforeShutDown)
+{
+    TestWindow window;
+    ASSERT_TRUE(window.Create(kWindowClass, kSize, kSize));
+    LxTest::LogCapture log;
+    LxD3D12RenderManager manager;
+    LxD3D12RenderManager::CreationDesc desc = MakeDesc(window.Handle());
+    desc.fullScreen = true;
+    ASSERT_TRUE(manager.Initialize(desc)) << log.All();
+    ComPtr<IDXGISwapChain3> chain = manager.GetSwapChain();
+    BOOL fullScreen = FALSE;
+    ASSERT_HRESULT_SUCCEEDED(chain->GetFullscreenState(&fullScreen, nullptr));
+    EXPECT_TRUE(fullScreen);
+    manager.Release();
+    ASSERT_HRESULT_SUCCEEDED(chain->GetFullscreenState(&fullScreen, nullptr));
+    EXPECT_FALSE(fullScreen) << "the swap chain was released in full screen";
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+} // namespace
