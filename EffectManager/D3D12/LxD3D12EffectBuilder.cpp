@@ -541,6 +541,17 @@ bool LxD3D12EffectBuilder::Reflect(LxD3D12Shader& shader, LxD3D12Effect& effect)
             // Array elements start on 16-byte boundaries.
             entry.stride = (entry.elementBytes + 15u) & ~15u;
             entry.transpose = typeDesc.Class == D3D_SVC_MATRIX_ROWS;
+            // Reflection of damaged code (a cache file that still looks like a shader) must not place a variable
+            // outside its buffer: values are copied there.
+            const unsigned long long end = (unsigned long long)entry.offset +
+                                           (unsigned long long)(entry.count - 1) * entry.stride + entry.elementBytes;
+            if (end > bufferDesc.Size || (entry.transpose && entry.elementBytes != 64))
+            {
+                ParseError("Error locating effect parameter for HLSL variable: '%s'  in CB: '%s'", varDesc.Name,
+                           bufferDesc.Name);
+                bufferOk = false;
+                continue;
+            }
             variables.Add(entry);
         }
         if (!bufferOk)
