@@ -744,3 +744,24 @@ TEST_F(D3D12EffectTest, MessagesThePlatformCompilerCannotProvokeFollowItsLimitat
         EXPECT_TRUE(gs->GetTechnique("T")->GetPass(0u)->HasShader(LX_GEOMETRY_SHADER));
     }
 }
+
+// Last in the file: override techniques stay loaded for every effect built afterwards.
+TEST_F(D3D12EffectTest, ActiveOverrideTechniqueDrawsWithItsPixelShader)
+{
+    LxTest::LogCapture log;
+    WriteEffect("overrides.fx", "Technique Yellow { Pass P { PixelShader() float4 main() : SV_Target "
+                                "{ return float4(1, 1, 0, 1); } EndPixelShader } }\n");
+    ASSERT_TRUE(Manager().LoadOverrideTechniqueEffect("overrides.fx")) << log.All();
+    WriteEffect("overridden.fx", SolidEffect("0, 0, 1, 1"));
+    LxCountedPtr<LxEffect> fx = Manager().LoadEffect("overridden.fx");
+    ASSERT_TRUE(fx) << log.All();
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), kFxBlue);
+    ASSERT_TRUE(Manager().SetOverrideTechnique("Yellow"));
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), FxRgba({255, 255, 0, 255})) << "the override's pixel shader";
+    Manager().ForceDisableOverrideTechniques(true);
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), kFxBlue) << "overrides disabled";
+    Manager().ForceDisableOverrideTechniques(false);
+    ASSERT_TRUE(Manager().SetOverrideTechnique(""));
+    EXPECT_EQ(DrawCentre(*fx, "Solid"), kFxBlue);
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
