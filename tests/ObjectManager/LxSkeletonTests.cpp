@@ -75,9 +75,9 @@ const char* const kArmV2 = "[LxSkeleton v2]\n3\n"
                            "2.000000 0.000000 0.000000 0.000000 0.000000 1.000000 \n";
 } // namespace
 
-TEST(Skeleton, LooksUpBonesByIndexAndName)
+TEST(Skeleton, LooksUpBonesAndRefusesUnknownParentsAndTakenNames)
 {
-    const LxSkeleton s = MakeArm();
+    LxSkeleton s = MakeArm();
     ASSERT_EQ(3u, s.GetNumBones());
     EXPECT_STREQ("arm", s.GetBoneByIndex(1)->GetName().c_str());
     EXPECT_EQ(s.GetBoneByIndex(2), s.GetBoneByName("hand"));
@@ -85,11 +85,6 @@ TEST(Skeleton, LooksUpBonesByIndexAndName)
     EXPECT_EQ(nullptr, s.GetBoneByName("leg"));
     EXPECT_EQ(-1, s.GetParentIndex(0));
     EXPECT_EQ(1, s.GetParentIndex(2));
-}
-
-TEST(Skeleton, AddBoneRefusesUnknownParentsAndTakenNames)
-{
-    LxSkeleton s = MakeArm();
     Messages log;
     EXPECT_FALSE(s.AddBone(LxBone("finger", LxMatrix4()), "palm"));
     EXPECT_FALSE(s.AddBone(LxBone("arm", LxMatrix4()), "root"));
@@ -99,7 +94,7 @@ TEST(Skeleton, AddBoneRefusesUnknownParentsAndTakenNames)
               log.Errors());
 }
 
-TEST(Skeleton, ConvertsBonesToWorldSpace)
+TEST(Skeleton, ConvertsBonesToWorldSpaceGivenOneMatrixPerBone)
 {
     const LxSkeleton s = MakeArm();
     // Parent-relative poses: root moved 1 along x, arm turned 90 degrees about z, hand 2 along the arm's y.
@@ -114,21 +109,17 @@ TEST(Skeleton, ConvertsBonesToWorldSpace)
     EXPECT_EQ(M({0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 3, 1}), m[1]);
     // hand: T(1,0,0) Rz T(0,2,0) S(2): Rz takes (0,2,0) to (-2,0,0), so the origin lands at (-1,0,0).
     EXPECT_EQ(M({0, 2, 0, 0, -2, 0, 0, 0, 0, 0, 2, 0, -1, 0, 0, 1}), m[2]);
-}
 
-TEST(Skeleton, ConversionRefusesAWrongMatrixCount)
-{
-    const LxSkeleton s = MakeArm();
-    LxArray<LxMatrix4> m;
-    m.Add(Translation(5, 5, 5));
+    // A wrong matrix count is refused and leaves the matrices alone.
+    m.RemoveLast();
     Messages log;
     EXPECT_FALSE(s.ConvertBonesToWorldSpace(m));
-    EXPECT_EQ(Translation(5, 5, 5), m[0]);
-    EXPECT_EQ(std::vector<std::string>{"LxSkeleton::ConvertBonesToWorldSpace.  Got 1 matrices for 3 bones."},
+    EXPECT_EQ(M({0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 0, 3, 1}), m[1]);
+    EXPECT_EQ(std::vector<std::string>{"LxSkeleton::ConvertBonesToWorldSpace.  Got 2 matrices for 3 bones."},
               log.Errors());
 }
 
-TEST(Skeleton, WritesVersion2AndReadsItBack)
+TEST(Skeleton, WritesVersion2AndReadsBothVersions)
 {
     const std::string text = WriteSkeleton(MakeArm());
     EXPECT_EQ(kArmV2, text);
@@ -136,10 +127,7 @@ TEST(Skeleton, WritesVersion2AndReadsItBack)
     ASSERT_TRUE(back);
     EXPECT_EQ(text, WriteSkeleton(*back));
     EXPECT_EQ(Translation(0, 0, 3), back->GetBoneByName("arm")->GetMatrix());
-}
 
-TEST(Skeleton, ReadsVersion1MatricesRowByRow)
-{
     // Version 1 holds the transpose: the translation sits at the end of each of the first three rows.
     std::unique_ptr<LxSkeleton> s = ReadSkeleton("[LxSkeleton v1]\r\n1\r\nroot\r\n\r\n"
                                                  "1 0 0 4 0 1 0 5 0 0 1 6 0 0 0 1\r\n");
