@@ -4,7 +4,7 @@
 
 LxD3D12ConstantBuffer::LxD3D12ConstantBuffer(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags,
                                              unsigned miscHints, unsigned sizeInBytes)
-    : LxD3D12ViewFactories(behavior, bindFlags, cpuAccessFlags, miscHints, sizeInBytes)
+    : LxD3D12Resource(behavior, bindFlags, cpuAccessFlags, miscHints, sizeInBytes)
 {
 }
 

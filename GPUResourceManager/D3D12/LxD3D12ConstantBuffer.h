@@ -7,10 +7,10 @@
 #pragma once
 
 #include "GPUResourceManager/D3D12/LxD3D12BufferResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/LxConstantBuffer.h"
 
-class LX_API LxD3D12ConstantBuffer : public LxD3D12ViewFactories<LxConstantBuffer>
+class LX_API LxD3D12ConstantBuffer : public LxD3D12Resource<LxConstantBuffer>
 {
 public:
     LxD3D12ConstantBuffer(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,

@@ -123,6 +123,84 @@ void LxD3D12GPUResourceManager::Transition(ID3D12GraphicsCommandList* list, LxGP
     storage->SetState(state);
 }
 
+// The calling worker's open list of the render manager, or null after logging why not (`who` names the operation).
+static ID3D12GraphicsCommandList* CurrentList(LxGPUResource* resource, const char* who)
+{
+    LxD3D12RenderManager* renderManager = dynamic_cast<LxD3D12RenderManager*>(LxRenderManager::GetExistingPtr());
+    ID3D12GraphicsCommandList* list = renderManager ? renderManager->GetCurrentD3D12CommandList() : nullptr;
+    if (!list || !LxD3D12GPUResourceManager::GetD3D12Resource(resource))
+    {
+        LX_ERROR("%s.  Needs a Direct3D 12 resource and an open command list of the render manager.", who);
+        return nullptr;
+    }
+    return list;
+}
+
+bool LxD3D12GPUResourceManager::RecordTransition(LxGPUResource* resource, unsigned before, unsigned after)
+{
+    ID3D12GraphicsCommandList* list = CurrentList(resource, "LxD3D12GPUResourceManager::RecordTransition");
+    if (!list)
+    {
+        return false;
+    }
+    if (before != after)
+    {
+        const D3D12_RESOURCE_BARRIER barrier =
+            LxD3D12TransitionBarrier(GetD3D12Resource(resource), static_cast<D3D12_RESOURCE_STATES>(before),
+                                     static_cast<D3D12_RESOURCE_STATES>(after));
+        list->ResourceBarrier(1, &barrier);
+    }
+    if (LxD3D12TextureResource* storage = GetTextureStorage(resource))
+    {
+        storage->SetState(static_cast<D3D12_RESOURCE_STATES>(after));
+    }
+    return true;
+}
+
+bool LxD3D12GPUResourceManager::RecordUAVBarrier(LxGPUResource* resource)
+{
+    ID3D12GraphicsCommandList* list = CurrentList(resource, "LxD3D12GPUResourceManager::RecordUAVBarrier");
+    if (!list)
+    {
+        return false;
+    }
+    D3D12_RESOURCE_BARRIER barrier = {};
+    barrier.Type = D3D12_RESOURCE_BARRIER_TYPE_UAV;
+    barrier.UAV.pResource = GetD3D12Resource(resource);
+    list->ResourceBarrier(1, &barrier);
+    return true;
+}
+
+bool LxD3D12GPUResourceManager::RecordCopy(LxGPUResource* destination, LxGPUResource* source)
+{
+    const char* const who = "LxD3D12GPUResourceManager::RecordCopy";
+    ID3D12GraphicsCommandList* list = CurrentList(destination, who);
+    ID3D12Resource* from = GetD3D12Resource(source);
+    if (!list)
+    {
+        return false;
+    }
+    ID3D12Resource* to = GetD3D12Resource(destination);
+    const D3D12_RESOURCE_DESC a = to->GetDesc();
+    const D3D12_RESOURCE_DESC b = from ? from->GetDesc() : D3D12_RESOURCE_DESC{};
+    if (!from || from == to || a.Dimension != b.Dimension || a.Width != b.Width || a.Height != b.Height ||
+        a.DepthOrArraySize != b.DepthOrArraySize || a.MipLevels != b.MipLevels ||
+        a.SampleDesc.Count != b.SampleDesc.Count)
+    {
+        LX_ERROR("%s.  The source is not another Direct3D 12 resource of the same kind and size.", who);
+        return false;
+    }
+    // Textures are moved into the copy states and back; buffers are promoted from their common state.
+    const D3D12_RESOURCE_STATES fromState = GetD3D12State(source);
+    const D3D12_RESOURCE_STATES toState = GetD3D12State(destination);
+    Transition(list, source, D3D12_RESOURCE_STATE_COPY_SOURCE);
+    Transition(list, destination, D3D12_RESOURCE_STATE_COPY_DEST);
+    list->CopyResource(to, from);
+    Transition(list, source, fromState);
+    Transition(list, destination, toState);
+    return true;
+}
+
 bool LxD3D12GPUResourceManager::ResolveView(LxGPUResourceView* view, D3D12_CPU_DESCRIPTOR_HANDLE* handle)
 {
     const LxD3D12ViewDescriptor* descriptor = dynamic_cast<const LxD3D12ViewDescriptor*>(view);

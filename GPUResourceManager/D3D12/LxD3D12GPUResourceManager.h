@@ -106,6 +106,12 @@ public:
     // new state. Nothing for buffers and foreign resources. The caller executes the lists in recording order.
     static void Transition(ID3D12GraphicsCommandList* list, LxGPUResource* resource, D3D12_RESOURCE_STATES state);
 
+    // The portable Transition, UAVBarrier and CopyResource of the resources made here, recorded on the render
+    // manager's current list of the calling worker; false (logged) without one or for foreign resources.
+    static bool RecordTransition(LxGPUResource* resource, unsigned before, unsigned after);
+    static bool RecordUAVBarrier(LxGPUResource* resource);
+    static bool RecordCopy(LxGPUResource* destination, LxGPUResource* source);
+
     // Changes whenever the heaps are made again or released, so views made before can tell their slots are gone.
     unsigned GetHeapGeneration() const { return m_nHeapGeneration; }
 

@@ -4,7 +4,7 @@
 
 LxD3D12IndexBuffer::LxD3D12IndexBuffer(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags,
                                        unsigned miscHints, unsigned indexSize, unsigned indexCount)
-    : LxD3D12ViewFactories(behavior, bindFlags, cpuAccessFlags, miscHints, indexSize, indexCount)
+    : LxD3D12Resource(behavior, bindFlags, cpuAccessFlags, miscHints, indexSize, indexCount)
 {
 }
 

@@ -6,10 +6,10 @@
 #pragma once
 
 #include "GPUResourceManager/D3D12/LxD3D12BufferResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/LxGPUIndexBuffer.h"
 
-class LX_API LxD3D12IndexBuffer : public LxD3D12ViewFactories<LxGPUIndexBuffer>
+class LX_API LxD3D12IndexBuffer : public LxD3D12Resource<LxGPUIndexBuffer>
 {
 public:
     LxD3D12IndexBuffer(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,

@@ -4,7 +4,7 @@
 
 LxD3D12StructuredBuffer::LxD3D12StructuredBuffer(unsigned structSize, unsigned structCount, unsigned bindFlags,
                                                  unsigned miscHints)
-    : LxD3D12ViewFactories(structSize, structCount, bindFlags, miscHints)
+    : LxD3D12Resource(structSize, structCount, bindFlags, miscHints)
 {
 }
 

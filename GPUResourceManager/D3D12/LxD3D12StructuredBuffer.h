@@ -7,10 +7,10 @@
 #pragma once
 
 #include "GPUResourceManager/D3D12/LxD3D12BufferResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/LxGPUStructuredBuffer.h"
 
-class LX_API LxD3D12StructuredBuffer : public LxD3D12ViewFactories<LxGPUStructuredBuffer>
+class LX_API LxD3D12StructuredBuffer : public LxD3D12Resource<LxGPUStructuredBuffer>
 {
 public:
     LxD3D12StructuredBuffer(unsigned structSize, unsigned structCount, unsigned bindFlags, unsigned miscHints);

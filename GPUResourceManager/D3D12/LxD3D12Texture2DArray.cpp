@@ -4,8 +4,8 @@ LxD3D12Texture2DArray::LxD3D12Texture2DArray(Behavior behavior, unsigned bindFla
                                              unsigned miscHints, LxGPUResourceFormat format, unsigned width,
                                              unsigned height, unsigned arraySize, unsigned mipCount, MipType mipType,
                                              unsigned sampleCount, unsigned sampleQuality)
-    : LxD3D12ViewFactories(behavior, bindFlags, cpuAccessFlags, miscHints, format, width, height, arraySize, mipCount,
-                           mipType, sampleCount, sampleQuality)
+    : LxD3D12Resource(behavior, bindFlags, cpuAccessFlags, miscHints, format, width, height, arraySize, mipCount,
+                      mipType, sampleCount, sampleQuality)
 {
 }
 

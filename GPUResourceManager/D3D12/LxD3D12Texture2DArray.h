@@ -7,11 +7,11 @@
 // false.
 #pragma once
 
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/D3D12/LxD3D12TextureResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
 #include "GPUResourceManager/LxGPUTexture2DArray.h"
 
-class LX_API LxD3D12Texture2DArray : public LxD3D12ViewFactories<LxGPUTexture2DArray>
+class LX_API LxD3D12Texture2DArray : public LxD3D12Resource<LxGPUTexture2DArray>
 {
 public:
     LxD3D12Texture2DArray(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,

@@ -3,8 +3,7 @@
 LxD3D12Texture3D::LxD3D12Texture3D(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,
                                    LxGPUResourceFormat format, unsigned width, unsigned height, unsigned depth,
                                    unsigned mipCount, MipType mipType)
-    : LxD3D12ViewFactories(behavior, bindFlags, cpuAccessFlags, miscHints, format, width, height, depth, mipCount,
-                           mipType)
+    : LxD3D12Resource(behavior, bindFlags, cpuAccessFlags, miscHints, format, width, height, depth, mipCount, mipType)
 {
 }
 

@@ -7,11 +7,11 @@
 // false.
 #pragma once
 
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/D3D12/LxD3D12TextureResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
 #include "GPUResourceManager/LxGPUTexture3D.h"
 
-class LX_API LxD3D12Texture3D : public LxD3D12ViewFactories<LxGPUTexture3D>
+class LX_API LxD3D12Texture3D : public LxD3D12Resource<LxGPUTexture3D>
 {
 public:
     LxD3D12Texture3D(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,

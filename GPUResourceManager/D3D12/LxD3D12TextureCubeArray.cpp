@@ -3,8 +3,7 @@
 LxD3D12TextureCubeArray::LxD3D12TextureCubeArray(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags,
                                                  unsigned miscHints, LxGPUResourceFormat format, unsigned edgeLength,
                                                  unsigned cubeCount, unsigned mipCount, MipType mipType)
-    : LxD3D12ViewFactories(behavior, bindFlags, cpuAccessFlags, miscHints, format, edgeLength, cubeCount, mipCount,
-                           mipType)
+    : LxD3D12Resource(behavior, bindFlags, cpuAccessFlags, miscHints, format, edgeLength, cubeCount, mipCount, mipType)
 {
 }
 

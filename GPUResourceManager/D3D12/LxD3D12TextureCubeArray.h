@@ -7,11 +7,11 @@
 // false.
 #pragma once
 
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/D3D12/LxD3D12TextureResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
 #include "GPUResourceManager/LxGPUTextureCubeArray.h"
 
-class LX_API LxD3D12TextureCubeArray : public LxD3D12ViewFactories<LxGPUTextureCubeArray>
+class LX_API LxD3D12TextureCubeArray : public LxD3D12Resource<LxGPUTextureCubeArray>
 {
 public:
     LxD3D12TextureCubeArray(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,

@@ -1,7 +1,7 @@
 // LxD3D12UnorderedAccessView: an unordered-access view of a texture or a buffer on Direct3D 12: an LxD3D12View that
 // also clears what it sees.
 //
-// Made by the resource's view getters (LxD3D12ViewFactories), which call Create. One thread at a time; failures are
+// Made by the resource's view getters (LxD3D12Resource), which call Create. One thread at a time; failures are
 // logged and answered with false.
 #pragma once
 

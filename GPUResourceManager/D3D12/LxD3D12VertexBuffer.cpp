@@ -4,7 +4,7 @@
 
 LxD3D12VertexBuffer::LxD3D12VertexBuffer(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags,
                                          unsigned miscHints, unsigned vertexSize, unsigned vertexCount)
-    : LxD3D12ViewFactories(behavior, bindFlags, cpuAccessFlags, miscHints, vertexSize, vertexCount)
+    : LxD3D12Resource(behavior, bindFlags, cpuAccessFlags, miscHints, vertexSize, vertexCount)
 {
 }
 

@@ -6,10 +6,10 @@
 #pragma once
 
 #include "GPUResourceManager/D3D12/LxD3D12BufferResource.h"
-#include "GPUResourceManager/D3D12/LxD3D12ViewFactories.h"
+#include "GPUResourceManager/D3D12/LxD3D12Resource.h"
 #include "GPUResourceManager/LxGPUVertexBuffer.h"
 
-class LX_API LxD3D12VertexBuffer : public LxD3D12ViewFactories<LxGPUVertexBuffer>
+class LX_API LxD3D12VertexBuffer : public LxD3D12Resource<LxGPUVertexBuffer>
 {
 public:
     LxD3D12VertexBuffer(Behavior behavior, unsigned bindFlags, unsigned cpuAccessFlags, unsigned miscHints,

@@ -3,7 +3,7 @@
 // description; the descriptor and its heap slot are LxD3D12ViewDescriptor's (see there for the heaps, the kinds of
 // descriptor and the slot's lifetime). Create writes the descriptor, Destroy (and the destructor) gives it back.
 //
-// Made by the resource's view getters (LxD3D12ViewFactories), which call Create. Header-only template; one thread
+// Made by the resource's view getters (LxD3D12Resource), which call Create. Header-only template; one thread
 // at a time; failures are logged and answered with false.
 #pragma once
 

@@ -596,3 +596,44 @@ TEST_F(D3D12Views, ManyRealFramesRecycleUploadsAndFrameDescriptorsBehindTheFence
     EXPECT_GT(checked, 10u);
     EXPECT_EQ(damaged, 0u) << "of " << checked << " blocks";
 }
+
+TEST_F(D3D12Views, PortableTransitionsBarriersAndCopiesRecordOnTheFrameList)
+{
+    const unsigned sampled = LxGPUResource::BIND_SHADER_RESOURCE;
+    LxCountedPtr<LxGPUTexture2DArray> source = Texture(2, 2, 1, 1, sampled, Texels({kRed, kGreen, kBlue, kWhite}));
+    LxCountedPtr<LxGPUTexture2DArray> copy = Texture(2, 2, 1, 1, sampled, Texels({kGrey, kGrey, kGrey, kGrey}));
+    LxCountedPtr<LxGPUTexture2DArray> smaller = Texture(1, 1, 1, 1, sampled, Texels({kGrey}));
+    LxCountedPtr<LxGPUTexture2DArray> storage =
+        Texture(4, 4, 1, 1, sampled | LxGPUResource::BIND_UNORDERED_ACCESS, nullptr);
+    ASSERT_TRUE(source && copy && smaller && storage);
+    LxTest::LogCapture log;
+    ASSERT_TRUE(s_rm->BeginScene());
+    s_rm->Clear(true, true, false);
+
+    const auto resting = static_cast<LxGPUResource::StateType>(LxD3D12GPUResourceManager::GetD3D12State(source.Get()));
+    EXPECT_TRUE(source->Transition(resting, LxGPUResource::STATE_COPY_SOURCE));
+    EXPECT_EQ(LxD3D12GPUResourceManager::GetD3D12State(source.Get()), D3D12_RESOURCE_STATE_COPY_SOURCE);
+    EXPECT_TRUE(source->Transition(LxGPUResource::STATE_COPY_SOURCE, resting));
+    EXPECT_TRUE(storage->UAVBarrier());
+
+    // The copy leaves both where they were, and the copy is sampled like its source.
+    EXPECT_TRUE(copy->CopyResource(source.Get()));
+    EXPECT_EQ(LxD3D12GPUResourceManager::GetD3D12State(source.Get()), static_cast<D3D12_RESOURCE_STATES>(resting));
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+    for (LxGPUTexture2DArray* wrong : {smaller.Get(), copy.Get()})
+    {
+        LxTest::LogCapture refusal;
+        EXPECT_FALSE(copy->CopyResource(wrong));
+        EXPECT_EQ(refusal.Count("LxD3D12GPUResourceManager::RecordCopy.  The source is not another Direct3D 12 "
+                                "resource of the same kind and size.",
+                                LX_LOG_ERROR),
+                  1)
+            << refusal.All();
+    }
+    DrawSampled(copy->GetDefaultSamplingView().Get(), s_sample.Get());
+    LxImageData2D image;
+    ASSERT_TRUE(s_rm->CaptureBackBuffer(&image));
+    ExpectPixel(image, kSize / 4, kSize / 4, kRed, "copied top left");
+    ExpectPixel(image, 3 * kSize / 4, 3 * kSize / 4, kWhite, "copied bottom right");
+    ASSERT_TRUE(s_rm->EndScene());
+}
