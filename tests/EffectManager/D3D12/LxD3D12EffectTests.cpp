@@ -513,7 +513,7 @@ TEST_F(D3D12EffectTest, SecondLoadCompilesNothingAndACorruptCacheIsRecompiled)
     Manager().SetShaderCachePath("");
 }
 
-TEST_F(D3D12EffectTest, CompilerMessagesPointAtTheEffectFileLine)
+TEST_F(D3D12EffectTest, CompilerMessagesPointAtTheEffectFileAndDumpsHoldTheCode)
 {
     LxTest::LogCapture log;
     // Line 12 of the file holds the mistake; the compiler sees it on another line of the generated text.
@@ -522,6 +522,14 @@ TEST_F(D3D12EffectTest, CompilerMessagesPointAtTheEffectFileLine)
     EXPECT_TRUE(log.Contains("hlsl_error.fx(12")) << log.All();
     EXPECT_FALSE(log.Contains(".generated.hlsl")) << log.All();
     EXPECT_TRUE(log.Contains("Invalid effect file \"hlsl_error.fx\"")) << log.All();
+
+    // "Dump" writes the compiled code of a shader that builds.
+    const std::string dump = s_scratch + "/dumped.bin";
+    std::string text = SolidEffect("1, 1, 1, 1");
+    text.replace(text.find("PixelShader()"), 13, "PixelShader( Dump = \"" + dump + "\" )");
+    WriteEffect("dump.fx", text);
+    EXPECT_TRUE(Manager().LoadEffect("dump.fx")) << log.All();
+    EXPECT_EQ(LxTest::ReadBytes(dump).substr(0, 4), "DXBC");
 }
 
 // Every file of d3d12/errors lists in "// expect: " lines the messages the Direct3D 12 builder must log for it
