@@ -11,21 +11,20 @@ using LxFxTest::Parse;
 TEST(LxEffectBuilder, InitializerCountsPerType)
 {
     using P = LxEffectParameter;
-    for (P::DataType t : {P::TYPE_FLOAT, P::TYPE_INT, P::TYPE_BOOL})
+    // Type, a count accepted, the largest count accepted, a count refused.
+    const struct
     {
-        EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(t, 0));
-        EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(t, 1));
-        EXPECT_FALSE(LxEffectBuilder::CheckEffectParameterParameterCount(t, 2));
-    }
-    for (P::DataType t : {P::TYPE_VECTOR, P::TYPE_VECTOR_INT, P::TYPE_VECTOR_BOOL})
+        P::DataType type;
+        unsigned int good, most, bad;
+    } cases[] = {{P::TYPE_FLOAT, 0, 1, 2},   {P::TYPE_INT, 0, 1, 2},        {P::TYPE_BOOL, 0, 1, 2},
+                 {P::TYPE_VECTOR, 2, 4, 5},  {P::TYPE_VECTOR_INT, 2, 4, 5}, {P::TYPE_VECTOR_BOOL, 2, 4, 5},
+                 {P::TYPE_MATRIX, 0, 16, 15}};
+    for (const auto& c : cases)
     {
-        EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(t, 2));
-        EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(t, 4));
-        EXPECT_FALSE(LxEffectBuilder::CheckEffectParameterParameterCount(t, 5));
+        EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(c.type, c.good)) << c.type;
+        EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(c.type, c.most)) << c.type;
+        EXPECT_FALSE(LxEffectBuilder::CheckEffectParameterParameterCount(c.type, c.bad)) << c.type;
     }
-    EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(P::TYPE_MATRIX, 0));
-    EXPECT_TRUE(LxEffectBuilder::CheckEffectParameterParameterCount(P::TYPE_MATRIX, 16));
-    EXPECT_FALSE(LxEffectBuilder::CheckEffectParameterParameterCount(P::TYPE_MATRIX, 15));
     EXPECT_FALSE(LxEffectBuilder::CheckEffectParameterParameterCount(P::DataType(99), 0));
 }
 
@@ -47,17 +46,6 @@ TEST(LxEffectBuilder, MisorderedCallsAreReportedAndFailTheBuild)
     EXPECT_EQ(nullptr, builder.GetResult());
 }
 
-TEST(LxEffectBuilder, GetResultHandsTheEffectOutOnce)
-{
-    LxEffectBuilder builder;
-    LxEffectParser parser;
-    parser.Init("once.fx", "Float f (1.0)\n", &builder);
-    std::unique_ptr<LxEffect> fx(parser.Parse());
-    ASSERT_TRUE(fx);
-    EXPECT_STREQ("once.fx", fx->GetName().c_str());
-    EXPECT_EQ(nullptr, builder.GetResult());
-}
-
 TEST(LxEffectBuilder, ShaderOptionsWarnAboutANonStringProfile)
 {
     LxTest::LogCapture capture;
@@ -72,7 +60,8 @@ TEST(LxEffectBuilder, ShaderOptionsWarnAboutANonStringProfile)
         << capture.All();
 }
 
-TEST(LxEffectBuilder, OptionOverridesReplaceFileOptions)
+// The parse hands the builder's effect out, named after the file, once.
+TEST(LxEffectBuilder, OptionOverridesReplaceFileOptionsAndTheResultIsHandedOutOnce)
 {
     LxAnnotationMap overrides;
     overrides.SetValue("Quality", new LxAnnotationValue("Low"));
@@ -80,6 +69,8 @@ TEST(LxEffectBuilder, OptionOverridesReplaceFileOptions)
     builder.SetOptionOverrides(overrides);
     std::unique_ptr<LxEffect> fx = Parse("Options < Quality = \"High\", Other = 1 >\n", "o.fx", &builder);
     ASSERT_TRUE(fx);
+    EXPECT_STREQ("o.fx", fx->GetName().c_str());
+    EXPECT_EQ(nullptr, builder.GetResult());
     EXPECT_STREQ("Low", fx->GetOptions().LookupString("Quality", "").c_str());
     EXPECT_FLOAT_EQ(1.0f, fx->GetOptions().LookupFloat("Other", 0.0f));
 
