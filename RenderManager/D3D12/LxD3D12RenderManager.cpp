@@ -540,7 +540,7 @@ D3D12_GPU_DESCRIPTOR_HANDLE LxD3D12RenderManager::GetGPUDescriptorHandle(D3D12_D
 ID3D12GraphicsCommandList* LxD3D12RenderManager::GetCurrentD3D12CommandList()
 {
     Impl::WorkerState& ws = m_pImpl->workers[GetWorkerIndex()];
-    if (ws.stateDirty)
+    if (ws.stateDirty && ws.list) // between frames there is no list (and nothing to bind)
     {
         ApplyWorkerState(ws.list);
     }

@@ -17,6 +17,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -636,4 +637,62 @@ TEST_F(D3D12Views, PortableTransitionsBarriersAndCopiesRecordOnTheFrameList)
     ExpectPixel(image, kSize / 4, kSize / 4, kRed, "copied top left");
     ExpectPixel(image, 3 * kSize / 4, 3 * kSize / 4, kWhite, "copied bottom right");
     ASSERT_TRUE(s_rm->EndScene());
+}
+
+TEST_F(D3D12Views, EveryProvokableViewAndBindingMessageIsLoggedVerbatim)
+{
+    LxCountedPtr<LxGPUStructuredBuffer> buffer =
+        LxGPUResourceManager::GetRef().CreateStructuredBuffer(16, 4, LxGPUResource::BIND_SHADER_RESOURCE, nullptr);
+    LxCountedPtr<LxGPUTexture2DArray> texture =
+        Texture(4, 4, 1, 1, LxGPUResource::BIND_UNORDERED_ACCESS | LxGPUResource::BIND_SHADER_RESOURCE, nullptr);
+    ASSERT_TRUE(buffer && texture);
+    LxCountedPtr<LxGPUUnorderedAccessView> orphan =
+        texture->GetUnorderedAccessView(texture->GetDefaultViewDescription(LX_VIEW_UNORDERED_ACCESS));
+    ASSERT_TRUE(orphan);
+    texture = nullptr; // the view outlives its texture
+    // Between frames there is no list to record on (asking for it must not touch the submitted one).
+    ASSERT_TRUE(s_rm->BeginScene());
+    ASSERT_TRUE(s_rm->EndScene());
+    EXPECT_EQ(s_rm->GetCurrentD3D12CommandList(), nullptr);
+    struct Case
+    {
+        const char* message;
+        std::function<bool()> provoke;
+    };
+    const Case cases[] = {
+        {"LxD3D12GPUResourceManager::AllocateFrameDescriptors.  There is no shader-visible heap: initialise the "
+         "resource manager first.",
+         []
+         {
+             LxD3D12GPUResourceManager uninitialised;
+             D3D12_CPU_DESCRIPTOR_HANDLE cpu = {};
+             D3D12_GPU_DESCRIPTOR_HANDLE gpu = {};
+             return uninitialised.AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER, 1, &cpu, &gpu);
+         }},
+        {"LxD3D12GPUResourceManager::RecordTransition.  Needs a Direct3D 12 resource and an open command list of the "
+         "render manager.",
+         [] { return LxD3D12GPUResourceManager::RecordTransition(nullptr, 0, 4); }},
+        {"LxD3D12GPUResourceManager::RecordUAVBarrier.  Needs a Direct3D 12 resource and an open command list of the "
+         "render manager.",
+         [] { return LxD3D12GPUResourceManager::RecordUAVBarrier(nullptr); }},
+        {"LxD3D12ViewDescriptor::CreateDescriptor.  The view's format has no Direct3D 12 equivalent.",
+         [&]
+         {
+             return bool(buffer->GetSamplingView(LxGPUResourceViewDescription(
+                 LX_VIEW_SAMPLING, LX_FORMAT_ATC_RGBA, LxGPUResource::BUFFER, LxGPUResourceDescription::Buffer(0, 4))));
+         }},
+        {"LxD3D12UnorderedAccessView::Clear.  Needs a live view and an open command list of the render manager.",
+         [&]
+         {
+             const unsigned zero[4] = {0, 0, 0, 0};
+             return orphan->ClearUInt(zero);
+         }},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.message);
+        LxTest::LogCapture log;
+        EXPECT_FALSE(c.provoke());
+        EXPECT_EQ(1, log.Count(c.message, LX_LOG_ERROR)) << log.All();
+    }
 }
