@@ -1,7 +1,6 @@
 #include "LxDemoApp.h"
 
 #include <EffectManager/D3D12/LxD3D12EffectManager.h>
-#include <GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h>
 #include <RenderManager/D3D12/LxD3D12RenderManager.h>
 
 #include <windows.h>
@@ -101,13 +100,11 @@ bool LxDemoApp::StartManagers()
             windows.ReportCreationFailure(settings, LxString("a Direct3D 12 graphics processor"));
         return false;
     }
-    LxD3D12GPUResourceManager::RegisterCreateFunction(); // until the library registers it when it loads
     if (!LxGPUResourceManager::GetRef().Initialize(0, 0))
     {
         LX_ERROR("The resource manager could not be initialised.");
         return false;
     }
-    LxD3D12EffectManager::Init();
     windows.SetRenderListener(this);
     windows.AddInputListener(this);
 

@@ -1,10 +1,13 @@
 // The creature: each vertex carried by up to four bones of the palette of the object being drawn ("Bones"), placed
 // by the object's world transform and seen through the active camera. Matrices arrive as the library stores them
-// (row vectors), so mul(matrix, vector) applies them. Its tint is set by the demo's script every frame.
+// (row vectors), so mul(matrix, vector) applies them. The skin texture comes from the model archive (the chunk maps
+// it to DiffuseMap); the tint is set by the demo's script every frame.
 Matrix mViewProj < AppUpdate = "ViewProjMatrix" >
 Matrix mWorld < AppUpdate = "WorldTransform" >
 Matrix amBones[8] < AppUpdate = "Bones" >
 Vector vTint (0.35, 0.80, 0.65, 1.0)
+Texture2D DiffuseMap < >
+Sampler sDiffuse { Texture = DiffuseMap; Filter = MIN_MAG_MIP_POINT; AddressU = CLAMP; AddressV = CLAMP; }
 
 Stream VERTEX { float3 POSITION, float2 TEXCOORD0 }
 Stream SKIN { ubyte4 BLENDINDICES, float4 BLENDWEIGHT }
@@ -32,12 +35,14 @@ Technique Skinned
     EndVertexShader
     PixelShader()
       cbuffer Look { float4 vTint; };
+      Texture2D DiffuseMap;
+      SamplerState sDiffuse;
       float4 main(float4 position : SV_Position, float2 uv : TEXCOORD0) : SV_Target
       {
-        // Rings along the body and a darker rim towards the edges.
+        // The skin's texture from the model archive, rings along the body and a darker rim towards the edges.
         const float ring = 0.8 + 0.2 * step(0.5, frac(uv.y * 6));
         const float rim = 1 - 0.6 * pow(abs(uv.x * 2 - 1), 2);
-        return float4(vTint.rgb * ring * rim, 1);
+        return float4(DiffuseMap.Sample(sDiffuse, uv).rgb * vTint.rgb * ring * rim, 1);
       }
     EndPixelShader
   }
