@@ -183,7 +183,7 @@ TEST(ModelArchive, FolderAndZipRoundTripsAreByteForByte)
 #endif
 }
 
-TEST(ModelArchive, LoadsWhatWasSaved)
+TEST(ModelArchive, LoadsWhatWasSavedAndFailsWithoutAnItemFile)
 {
     const std::string dir = SaveSample(LxTest::MakeTempDir("content") + "/m");
     std::unique_ptr<LxModelData> model(LxModelData::LoadFromPath(S(dir), false));
@@ -207,20 +207,25 @@ TEST(ModelArchive, LoadsWhatWasSaved)
     EXPECT_EQ(3u, static_cast<const LxModelADB*>(morphs->GetItem())->GetVersion());
     EXPECT_EQ(LxModelADB::STORAGE_TEXT, manifest.GetEntryByADBUsage("Notes")->GetStorageFormat());
     EXPECT_EQ(nullptr, manifest.GetEntryByADBUsage("Nothing"));
-
+    // Chunks, skeleton and meta file: the round trip compares their re-saved text with the exact text above.
     ASSERT_EQ(3u, model->GetChunkDescCount());
-    const LxModelChunkDesc* body = model->GetChunkDesc(0);
-    EXPECT_EQ(2u, body->GetSubChunks().GetCount());
-    EXPECT_EQ(9u, body->GetSubChunks()[1].userValue);
-    EXPECT_EQ(3u, body->GetSubChunkTrees()[0].GetNodes().GetCount());
-    EXPECT_EQ(5u, body->GetParameterSettings().GetCount());
-    EXPECT_EQ(LxParameterSetting::SOURCE_ANIMATION, body->GetParameterSettings()[3].GetSource());
-    EXPECT_FALSE(model->GetChunkDesc(2)->IsIndexed());
     EXPECT_EQ(3u, model->GetSkeleton()->GetNumBones());
-    EXPECT_EQ(2u, model->GetMetaFile().GetCount());
     long long time = 0;
     EXPECT_TRUE(morphs->GetItemTimeStamp(LxFileSystemArchive(S(dir)), &time));
     EXPECT_GT(time, 0);
+
+    // A missing item file fails the whole load; a lazy load succeeds but has no time stamp for it.
+    std::remove((dir + "/diffuse.tex").c_str());
+    Messages log;
+    EXPECT_FALSE(LxModelData::LoadFromPath(S(dir), true));
+    EXPECT_EQ(Lines{"File: diffuse.tex not found in archive."}, log.Errors());
+    std::unique_ptr<LxModelData> lazy(LxModelData::LoadFromPath(S(dir), false));
+    EXPECT_TRUE(lazy);
+    log.Clear();
+    EXPECT_FALSE(lazy->GetManifest().GetEntryByName("diffuse")->GetItemTimeStamp(LxFileSystemArchive(S(dir)), &time));
+    EXPECT_EQ(Lines{"Unable to retrieve time stamp from file 'diffuse.tex'  in archive '" +
+                    LxModelTest::ArchiveName(dir) + "'."},
+              log.Errors());
 }
 
 // --- item files ---------------------------------------------------------------------------------------------------
@@ -313,23 +318,6 @@ TEST(ModelItems, EmptyBlocksAndTextADBs)
     ASSERT_TRUE(LoadItem(LX_MODEL_DATA_ADB, std::string("\x01\x00 raw text", 11), &text, LxModelADB::STORAGE_TEXT));
     EXPECT_EQ(11u, text.GetItem()->GetDataSize());
     EXPECT_EQ(LxModelADB::STORAGE_TEXT, static_cast<LxModelADB*>(text.GetItem())->GetStorageFormat());
-}
-
-TEST(ModelItems, MissingItemFileFailsTheWholeLoad)
-{
-    const std::string dir = SaveSample(LxTest::MakeTempDir("missing") + "/m");
-    std::remove((dir + "/diffuse.tex").c_str());
-    Messages log;
-    EXPECT_FALSE(LxModelData::LoadFromPath(S(dir), true));
-    EXPECT_EQ(Lines{"File: diffuse.tex not found in archive."}, log.Errors());
-    std::unique_ptr<LxModelData> lazy(LxModelData::LoadFromPath(S(dir), false));
-    EXPECT_TRUE(lazy);
-    long long time = 0;
-    log.Clear();
-    EXPECT_FALSE(lazy->GetManifest().GetEntryByName("diffuse")->GetItemTimeStamp(LxFileSystemArchive(S(dir)), &time));
-    EXPECT_EQ(Lines{"Unable to retrieve time stamp from file 'diffuse.tex'  in archive '" +
-                    LxModelTest::ArchiveName(dir) + "'."},
-              log.Errors());
 }
 
 // --- manifest -----------------------------------------------------------------------------------------------------
