@@ -5,6 +5,8 @@
 #include "D3D12/LxPlatformLimitations.h"
 
 #include <d3d12sdklayers.h>
+#include <d3d12shader.h>
+#include <d3dcompiler.h>
 #include <gtest/gtest.h>
 
 #include <string>
@@ -162,6 +164,22 @@ TEST(D3D12PlatformLimitations, OneFailingEntryPointFailsTheWholeSource)
         std::string(kGeometryShader) + "float4 VSMain(float4 p : POSITION) : SV_Position { return p * 2.0; }\n";
     ExpectCompiles(LxLimits::Applies(LxLimits::kOneFailureFailsWholeSource), "vertex shader beside a geometry shader",
                    source, "VSMain", "vs_5_0");
+}
+
+TEST(D3D12PlatformLimitations, ByteAddressUAVReflection)
+{
+    const char* const source = "RWByteAddressBuffer g_Raw : register(u0);\n"
+                               "[numthreads(1, 1, 1)] void CSMain() { g_Raw.Store(0, 7u); }\n";
+    std::string errors;
+    ComPtr<ID3DBlob> code = LxD3D12Test::CompileShader(source, "CSMain", "cs_5_0", &errors);
+    ASSERT_NE(code, nullptr) << errors;
+    ComPtr<ID3D12ShaderReflection> reflection;
+    ASSERT_HRESULT_SUCCEEDED(D3DReflect(code->GetBufferPointer(), code->GetBufferSize(), IID_PPV_ARGS(&reflection)));
+    D3D12_SHADER_INPUT_BIND_DESC bind = {};
+    ASSERT_HRESULT_SUCCEEDED(reflection->GetResourceBindingDescByName("g_Raw", &bind));
+    const bool limited = LxLimits::Applies(LxLimits::kByteAddressUAVReflectedAsTyped);
+    EXPECT_EQ(bind.Type, limited ? D3D_SIT_UAV_RWTYPED : D3D_SIT_UAV_RWBYTEADDRESS)
+        << (limited ? "the raw buffer reflects as raw now: drop the limitation" : "");
 }
 
 TEST(D3D12PlatformLimitations, DetectsWineOnlyWhereItRuns)
