@@ -348,7 +348,10 @@ bool LxD3D12GPUResourceManager::Initialize(unsigned uploadHeapSize, unsigned des
         LX_ERROR("LxD3D12GPUResourceManager::Initialize.  The render manager has no Direct3D 12 device yet.");
         return false;
     }
-    return InitializeWithDevice(renderManager->GetDevice(), renderManager->GetCommandQueue(), uploadHeapSize,
+    // 0: the upload ring the display settings asked the render manager for (else the built-in default).
+    const unsigned long long uploadBytes =
+        uploadHeapSize ? uploadHeapSize : renderManager->GetCreationDesc().uploadHeapSize;
+    return InitializeWithDevice(renderManager->GetDevice(), renderManager->GetCommandQueue(), uploadBytes,
                                 descriptorsPerHeap);
 }
 

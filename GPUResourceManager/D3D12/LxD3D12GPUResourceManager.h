@@ -48,7 +48,9 @@ public:
     LxD3D12GPUResourceManager();
     ~LxD3D12GPUResourceManager() override;
 
-    // On the render manager's device and queue (LxD3D12RenderManager, initialised first).
+    // On the render manager's device and queue (LxD3D12RenderManager, initialised first). 0 for either size: the
+    // upload-heap size of the render manager's creation description (from the display settings), and
+    // kDefaultDescriptorsPerHeap.
     bool Initialize(unsigned uploadHeapSize, unsigned descriptorsPerHeap) override;
     // Heaps of the given sizes (0: the defaults) on `device`, immediate work on `queue` (a direct queue).
     bool InitializeWithDevice(ID3D12Device* device, ID3D12CommandQueue* queue, unsigned long long uploadHeapSize = 0,

@@ -29,6 +29,8 @@ namespace
 {
 constexpr UINT kSize = 64;
 const wchar_t kWindowClass[] = L"LxD3D12ViewTestWindow";
+// The upload ring the render manager is told about; the resource manager must take it.
+const unsigned long long kUploadHeapSize = 12 * 1024 * 1024;
 
 // A full-screen triangle whose texture coordinates follow the screen (0,0 top left), sampled with point filtering.
 const char* const kSampleSource = R"hlsl(
@@ -102,8 +104,11 @@ protected:
     static void SetUpTestSuite()
     {
         s_window.reset(new LxD3D12Test::TestWindow());
-        if (!s_window->Create(kWindowClass, kSize, kSize) ||
-            !LxD3D12RenderManager::Init(LxD3D12Test::MakeRenderManagerDesc(s_window->Handle(), kSize)))
+        if (!s_window->Create(kWindowClass, kSize, kSize))
+            return;
+        LxD3D12RenderManager::CreationDesc desc = LxD3D12Test::MakeRenderManagerDesc(s_window->Handle(), kSize);
+        desc.uploadHeapSize = kUploadHeapSize;
+        if (!LxD3D12RenderManager::Init(desc))
             return;
         s_rm = LxD3D12RenderManager::GetD3D12Ptr();
         // The demo's path: no registration call, defaults for the sizes.
@@ -204,6 +209,7 @@ std::string D3D12Views::s_errors;
 TEST_F(D3D12Views, ResourceManagerSharesTheRenderManagersShaderVisibleHeaps)
 {
     EXPECT_TRUE(Manager()->IsSharingRenderManagerHeaps());
+    EXPECT_EQ(Manager()->GetUploadHeap().GetCapacity(), kUploadHeapSize);
     EXPECT_EQ(Manager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV),
               s_rm->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV));
     EXPECT_EQ(Manager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER),
