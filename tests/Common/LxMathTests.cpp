@@ -8,6 +8,7 @@
 #include "Common/LxMersenneTwister.h"
 #include "Common/LxPitchYaw.h"
 #include "Common/LxQuat.h"
+#include "Common/LxVector2.h"
 
 #include <gtest/gtest.h>
 
@@ -66,11 +67,14 @@ TEST(LxVector, ArithmeticAndNormalising)
     LxVector3 zero;
     EXPECT_EQ(0.0f, zero.Normalize());
     EXPECT_EQ(LxVector3(), zero) << "the zero vector stays zero, no NaN";
+    EXPECT_EQ(LxVector2(2, 3), LxVector2(1, 1) + LxVector2(1, 2));
+    EXPECT_EQ(LxVector4(2, 4, 6, 8), 2.0f * LxVector4(1, 2, 3, 4));
     EXPECT_EQ(1.0f, LxVector4(LxPoint3(1, 2, 3)).w);
 
     const LxPoint3 a(1, 2, 3), b(4, 6, 3);
     EXPECT_EQ(LxVector3(3, 4, 0), b - a);
     EXPECT_EQ(5.0f, a.Distance(b));
+    EXPECT_EQ(b, a + (b - a));
     EXPECT_EQ(LxPoint3(1, 2, 3), LxPoint3::Min(a, b));
     EXPECT_EQ(LxPoint3(2.5f, 4, 3), LxPoint3::Lerp(a, b, 0.5f));
 }

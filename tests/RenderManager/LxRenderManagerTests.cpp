@@ -217,7 +217,9 @@ TEST(RenderManagerDraws, BlockingCountsButIssuesNothing)
     EXPECT_EQ(0, rm.draws.load());
     EXPECT_TRUE(rm.topologies.empty());
     EXPECT_EQ(100u, Stat(rm, LX_FRAME_STAT_TRIANGLES));
+    EXPECT_EQ(1u, Stat(rm, LX_FRAME_STAT_INDEXED_DRAWS));
     EXPECT_EQ(1u, Stat(rm, LX_FRAME_STAT_NON_INDEXED_DRAWS));
+    EXPECT_EQ(5u, Stat(rm, LX_FRAME_STAT_POINTS));
     EXPECT_EQ(2u, Stat(rm, LX_FRAME_STAT_BLOCKED_DRAWS));
     EXPECT_EQ(1u, Stat(rm, LX_FRAME_STAT_DISPATCHES));
     rm.SetDrawBlocking(false);
@@ -442,6 +444,14 @@ TEST(RenderManagerBase, DeviceLessManagerReportsWhatItCannotDo)
     // Draws still count.
     rm.DrawIndexed(LxRenderManager::PRIM_TRIANGLE_LIST, 6, 0, 0);
     EXPECT_EQ(2u, rm.GetFrameStats().GetValue(LX_FRAME_STAT_TRIANGLES));
+    // State is kept, and null outputs are skipped.
+    rm.ViewportAndScissor(1, 2, 300, 200);
+    float w = 0;
+    unsigned sh = 0;
+    rm.GetViewport(nullptr, nullptr, &w, nullptr);
+    rm.GetScissor(nullptr, nullptr, nullptr, &sh);
+    EXPECT_EQ(300.0f, w);
+    EXPECT_EQ(200u, sh);
     LxRenderManager::ShutDown();
 
     // A registered create function makes the instance.
