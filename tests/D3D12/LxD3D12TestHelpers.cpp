@@ -1,5 +1,11 @@
 #include "D3D12/LxD3D12TestHelpers.h"
 
+#include "EffectManager/D3D12/LxD3D12EffectManager.h"
+#include "EffectManager/LxEffect.h"
+#include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
+#include "ObjectManager/LxCameraManager.h"
+#include "ObjectManager/LxObjectManager.h"
+
 #include <cstdio>
 #include <memory>
 
@@ -274,5 +280,62 @@ ComPtr<ID3D12Resource> CreateDefaultBuffer(ID3D12Device* device, UINT64 size, D3
     ComPtr<ID3D12Resource> buffer;
     return SUCCEEDED(CreateCommitted(device, D3D12_HEAP_TYPE_DEFAULT, desc, state, nullptr, &buffer)) ? buffer
                                                                                                       : nullptr;
+}
+} // namespace LxD3D12Test
+
+namespace LxD3D12Test
+{
+bool ManagerStack::Create(const wchar_t* windowClass, UINT size, const std::vector<std::string>& effectFolders,
+                          std::string* why)
+{
+    m_bCreated = true;
+    if (!m_window.Create(windowClass, size, size))
+    {
+        *why = "window creation failed";
+        return false;
+    }
+    if (!LxD3D12RenderManager::Init(MakeRenderManagerDesc(m_window.Handle(), size)))
+    {
+        *why = "render manager creation failed";
+        return false;
+    }
+    renderManager = LxD3D12RenderManager::GetD3D12Ptr();
+    LxD3D12GPUResourceManager::RegisterCreateFunction();
+    resourceManager = dynamic_cast<LxD3D12GPUResourceManager*>(LxGPUResourceManager::GetPtr());
+    if (!resourceManager || !resourceManager->Initialize(8 * 1024 * 1024, 64))
+    {
+        resourceManager = nullptr;
+        *why = "resource manager creation failed";
+        return false;
+    }
+    LxD3D12EffectManager::RegisterCreateFunction();
+    LxEffectManager& effects = LxEffectManager::GetRef();
+    for (const std::string& folder : effectFolders)
+        effects.AddSearchPath(folder.c_str());
+    defaultEffect = effects.LoadEffect("default.fx", LxEffectManager::LOAD_DEFAULT_EFFECT);
+    if (!defaultEffect)
+    {
+        *why = "the default effect did not load";
+        return false;
+    }
+    effects.SetDefaultEffect(defaultEffect);
+    return true;
+}
+
+void ManagerStack::Destroy()
+{
+    if (!m_bCreated)
+        return;
+    m_bCreated = false;
+    defaultEffect = LxCountedPtr<LxEffect>();
+    LxObjectManager::ShutDown();
+    LxCameraManager::ShutDown();
+    LxEffectManager::ShutDown();
+    LxGPUResourceManager::ShutDown();
+    LxGPUResourceManager::SetCreateFunction(nullptr);
+    LxRenderManager::ShutDown();
+    LxRenderManager::SetCreateFunction(nullptr);
+    renderManager = nullptr;
+    resourceManager = nullptr;
 }
 } // namespace LxD3D12Test

@@ -70,6 +70,7 @@ Context* SharedContext(std::string* why = nullptr);
 #include "RenderManager/D3D12/LxD3D12RenderManager.h"
 
 #include <array>
+#include <vector>
 
 namespace LxD3D12Test
 {
@@ -111,4 +112,37 @@ namespace LxD3D12Test
 {
 // A committed buffer in the default heap, created in `state` (copy destinations for data checked later).
 ComPtr<ID3D12Resource> CreateDefaultBuffer(ID3D12Device* device, UINT64 size, D3D12_RESOURCE_STATES state);
+} // namespace LxD3D12Test
+
+#include "Common/LxCountedPtr.h"
+
+class LxD3D12GPUResourceManager;
+#include "EffectManager/LxEffect.h"
+
+namespace LxD3D12Test
+{
+// The library's managers on one window, for a whole test executable (device and heap creation dominate a test's
+// time under Wine, so make one in SetUpTestSuite and destroy it in TearDownTestSuite): the Direct3D 12 render
+// manager on a size x size window, the resource manager on its device, and the Direct3D 12 effect manager with
+// `effectFolders` on its search path and their "default.fx" loaded as the default effect. Create answers false with
+// the reason in *why; Destroy shuts every manager down (the object and camera managers too, which hold effects).
+class ManagerStack
+{
+public:
+    ManagerStack() = default;
+    ManagerStack(const ManagerStack&) = delete;
+    ManagerStack& operator=(const ManagerStack&) = delete;
+    ~ManagerStack() { Destroy(); }
+
+    bool Create(const wchar_t* windowClass, UINT size, const std::vector<std::string>& effectFolders, std::string* why);
+    void Destroy();
+
+    LxD3D12RenderManager* renderManager = nullptr;
+    LxD3D12GPUResourceManager* resourceManager = nullptr;
+    LxCountedPtr<LxEffect> defaultEffect;
+
+private:
+    TestWindow m_window;
+    bool m_bCreated = false;
+};
 } // namespace LxD3D12Test

@@ -4,6 +4,7 @@
 #include "support/LxTestSupport.h"
 
 #include "Common/LxImageData2D.h"
+#include "D3D12/LxD3D12TestHelpers.h"
 #include "D3D12/LxPlatformLimitations.h"
 #include "EffectManager/D3D12/LxD3D12Effect.h"
 #include "EffectManager/D3D12/LxD3D12EffectBuilder.h"
@@ -32,22 +33,8 @@ namespace
 constexpr unsigned kFxSize = 64;
 const wchar_t kFxWindowClass[] = L"LxD3D12EffectTestWindow";
 
-typedef std::array<int, 4> FxRgba;
+typedef LxD3D12Test::Rgba FxRgba;
 const FxRgba kFxClear = {51, 102, 153, 255};
-
-std::string FxText(const FxRgba& c)
-{
-    std::ostringstream s;
-    s << "(" << c[0] << ", " << c[1] << ", " << c[2] << ", " << c[3] << ")";
-    return s.str();
-}
-
-FxRgba FxPixel(const LxImageData2D& image, unsigned x, unsigned y)
-{
-    const double* p = image.GetPixel(x, y);
-    return {int(std::lround(p[0] * 255)), int(std::lround(p[1] * 255)), int(std::lround(p[2] * 255)),
-            int(std::lround(p[3] * 255))};
-}
 
 bool FxNear(const FxRgba& a, const FxRgba& b, int tolerance)
 {
@@ -62,40 +49,6 @@ std::string FxDataDir()
     return LxTest::DataDir() + "/effects/d3d12";
 }
 
-class FxWindow
-{
-public:
-    bool Create()
-    {
-        m_instance = GetModuleHandleW(nullptr);
-        WNDCLASSEXW wc = {};
-        wc.cbSize = sizeof(wc);
-        wc.lpfnWndProc = DefWindowProcW;
-        wc.hInstance = m_instance;
-        wc.lpszClassName = kFxWindowClass;
-        m_registered = RegisterClassExW(&wc) != 0;
-        RECT rect = {0, 0, LONG(kFxSize), LONG(kFxSize)};
-        AdjustWindowRect(&rect, WS_OVERLAPPEDWINDOW, FALSE);
-        m_hwnd =
-            CreateWindowExW(0, kFxWindowClass, L"Lumex effect test", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                            rect.right - rect.left, rect.bottom - rect.top, nullptr, nullptr, m_instance, nullptr);
-        return m_hwnd != nullptr;
-    }
-    HWND Handle() const { return m_hwnd; }
-    ~FxWindow()
-    {
-        if (m_hwnd)
-            DestroyWindow(m_hwnd);
-        if (m_registered)
-            UnregisterClassW(kFxWindowClass, m_instance);
-    }
-
-private:
-    HINSTANCE m_instance = nullptr;
-    HWND m_hwnd = nullptr;
-    bool m_registered = false;
-};
-
 // One window, render manager, resource manager and effect manager for the whole executable: device and heap
 // creation cost most of a test's time under Wine.
 class D3D12EffectTest : public ::testing::Test
@@ -103,63 +56,26 @@ class D3D12EffectTest : public ::testing::Test
 protected:
     static void SetUpTestSuite()
     {
-        s_window = new FxWindow();
-        if (!s_window->Create())
-            return;
-        LxD3D12RenderManager::CreationDesc desc;
-        DXGI_SWAP_CHAIN_DESC& sc = desc.swapChainDesc;
-        sc.BufferDesc.Width = kFxSize;
-        sc.BufferDesc.Height = kFxSize;
-        sc.BufferDesc.Format = DXGI_FORMAT_R8G8B8A8_UNORM;
-        sc.SampleDesc.Count = 1;
-        sc.BufferUsage = DXGI_USAGE_RENDER_TARGET_OUTPUT;
-        sc.BufferCount = 2;
-        sc.OutputWindow = s_window->Handle();
-        sc.Windowed = TRUE;
-        sc.SwapEffect = DXGI_SWAP_EFFECT_FLIP_DISCARD;
-        desc.framesInFlight = 2;
-        desc.renderTargetDescriptors = 16;
-        desc.depthStencilDescriptors = 4;
-        desc.shaderResourceDescriptors = 64;
-        desc.samplerDescriptors = 16;
-        if (!LxD3D12RenderManager::Init(desc))
-            return;
-        s_rm = LxD3D12RenderManager::GetD3D12Ptr();
-        LxD3D12GPUResourceManager::RegisterCreateFunction();
-        LxGPUResourceManager::GetPtr();
-        s_gpu = LxD3D12GPUResourceManager::GetD3D12Ptr();
-        if (!s_gpu || !s_gpu->Initialize(8 * 1024 * 1024, 64))
-        {
-            s_gpu = nullptr;
-            return;
-        }
-        // The platform manager comes through the creation seam, as an application gets it.
-        LxD3D12EffectManager::RegisterCreateFunction();
+        s_stack = new LxD3D12Test::ManagerStack();
         s_scratch = LxTest::MakeTempDir("d3d12fx");
-        LxEffectManager::GetRef().AddSearchPath(s_scratch.c_str());
-        LxEffectManager::GetRef().AddSearchPath(FxDataDir().c_str());
-        s_default = LxEffectManager::GetRef().LoadEffect("default.fx", LxEffectManager::LOAD_DEFAULT_EFFECT);
-        LxEffectManager::GetRef().SetDefaultEffect(s_default);
+        if (s_stack->Create(kFxWindowClass, kFxSize, {s_scratch, FxDataDir()}, &s_why))
+        {
+            s_rm = s_stack->renderManager;
+            s_gpu = s_stack->resourceManager;
+            s_default = s_stack->defaultEffect;
+        }
     }
     static void TearDownTestSuite()
     {
         s_default = LxCountedPtr<LxEffect>();
-        LxEffectManager::ShutDown();
-        LxEffectManager::SetCreateFunction(nullptr);
-        LxGPUResourceManager::ShutDown();
-        LxGPUResourceManager::SetCreateFunction(nullptr);
-        LxRenderManager::ShutDown();
-        LxRenderManager::SetCreateFunction(nullptr);
+        delete s_stack;
+        s_stack = nullptr;
         s_rm = nullptr;
         s_gpu = nullptr;
-        delete s_window;
-        s_window = nullptr;
     }
     void SetUp() override
     {
-        ASSERT_NE(s_rm, nullptr) << "render manager creation failed";
-        ASSERT_NE(s_gpu, nullptr) << "resource manager creation failed";
-        ASSERT_TRUE(s_default) << "the default effect did not load";
+        ASSERT_TRUE(s_rm && s_gpu && s_default) << s_why;
         s_rm->SetClearColor(kFxClear[0] / 255.0f, kFxClear[1] / 255.0f, kFxClear[2] / 255.0f, 1.0f);
         s_rm->SetClearDepth(1.0f);
     }
@@ -193,9 +109,10 @@ protected:
     static void ExpectPixel(const LxImageData2D& image, unsigned x, unsigned y, const FxRgba& expected,
                             const char* what, int tolerance = 0)
     {
-        const FxRgba got = FxPixel(image, x, y);
+        const FxRgba got = LxD3D12Test::PixelAt(image, x, y);
         EXPECT_TRUE(FxNear(got, expected, tolerance))
-            << what << " at (" << x << ", " << y << "): read " << FxText(got) << ", expected " << FxText(expected);
+            << what << " at (" << x << ", " << y << "): read " << LxD3D12Test::RgbaText(got) << ", expected "
+            << LxD3D12Test::RgbaText(expected);
     }
     static LxImageData2D Capture()
     {
@@ -221,19 +138,21 @@ protected:
             return {-1, -1, -1, -1};
         s_rm->Clear(true, true, false);
         Draw(fx, technique);
-        const FxRgba centre = FxPixel(Capture(), kFxSize / 2, kFxSize / 2);
+        const FxRgba centre = LxD3D12Test::PixelAt(Capture(), kFxSize / 2, kFxSize / 2);
         s_rm->EndScene();
         return centre;
     }
 
     static std::string s_scratch;
-    static FxWindow* s_window;
+    static LxD3D12Test::ManagerStack* s_stack;
+    static std::string s_why;
     static LxD3D12RenderManager* s_rm;
     static LxD3D12GPUResourceManager* s_gpu;
     static LxCountedPtr<LxEffect> s_default;
 };
 std::string D3D12EffectTest::s_scratch;
-FxWindow* D3D12EffectTest::s_window = nullptr;
+LxD3D12Test::ManagerStack* D3D12EffectTest::s_stack = nullptr;
+std::string D3D12EffectTest::s_why;
 LxD3D12RenderManager* D3D12EffectTest::s_rm = nullptr;
 LxD3D12GPUResourceManager* D3D12EffectTest::s_gpu = nullptr;
 LxCountedPtr<LxEffect> D3D12EffectTest::s_default;
@@ -374,11 +293,12 @@ TEST_F(D3D12EffectTest, DefaultStatesBlendAlphaTestLessEqualAndCullNothing)
     ExpectPixel(image, kFxSize * 3 / 4 - 2, kFxSize / 4, kFxBlue, "mirrored winding, no culling");
     ExpectPixel(image, kFxSize * 3 / 4 + 2, kFxSize * 3 / 4, kFxBlue, "front winding, no culling");
     // With CullMode = BACK exactly one of the two windings survives.
-    const bool mirroredShown = FxPixel(image, kFxSize * 7 / 8 - 2, kFxSize / 4) == kFxBlue;
-    const bool frontShown = FxPixel(image, kFxSize * 7 / 8 + 2, kFxSize * 3 / 4) == kFxBlue;
-    EXPECT_NE(mirroredShown, frontShown) << "culling removed both or neither winding: "
-                                         << FxText(FxPixel(image, kFxSize * 7 / 8 - 2, kFxSize / 4)) << " "
-                                         << FxText(FxPixel(image, kFxSize * 7 / 8 + 2, kFxSize * 3 / 4));
+    const bool mirroredShown = LxD3D12Test::PixelAt(image, kFxSize * 7 / 8 - 2, kFxSize / 4) == kFxBlue;
+    const bool frontShown = LxD3D12Test::PixelAt(image, kFxSize * 7 / 8 + 2, kFxSize * 3 / 4) == kFxBlue;
+    EXPECT_NE(mirroredShown, frontShown)
+        << "culling removed both or neither winding: "
+        << LxD3D12Test::RgbaText(LxD3D12Test::PixelAt(image, kFxSize * 7 / 8 - 2, kFxSize / 4)) << " "
+        << LxD3D12Test::RgbaText(LxD3D12Test::PixelAt(image, kFxSize * 7 / 8 + 2, kFxSize * 3 / 4));
     ASSERT_TRUE(s_rm->EndScene());
     Color(*fx, kFxRed);
     Place(*fx, 0.25f, 0.0f, 0.0f, 0.5f);
