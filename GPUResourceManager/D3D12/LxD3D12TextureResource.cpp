@@ -6,6 +6,7 @@
 #include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
 #include "GPUResourceManager/D3D12/LxD3D12ReadbackBuffer.h"
 #include "GPUResourceManager/LxGPUTextureSize.h"
+#include "GPUResourceManager/LxMipChain.h"
 
 #include <cstring>
 
@@ -151,7 +152,7 @@ bool LxD3D12TextureResource::Create(const LxGPUTexture& texture, LxCountedPtr<Lx
     return true;
 }
 
-bool LxD3D12TextureResource::Upload(const LxGPUTexture& texture, const LxCountedPtr<LxMemoryBuffer>& data,
+bool LxD3D12TextureResource::Upload(const LxGPUTexture& texture, const LxCountedPtr<LxMemoryBuffer>& initialData,
                                     const char* who)
 {
     LxD3D12GPUResourceManager* manager = LxD3D12GPUResourceManager::GetD3D12Ptr();
@@ -160,8 +161,24 @@ bool LxD3D12TextureResource::Upload(const LxGPUTexture& texture, const LxCounted
     const bool volume = texture.GetType() == LxGPUResource::TEXTURE_3D;
     const bool blocked = LxIsFormatBlockCompressed(format);
     const unsigned mipCount = texture.GetMipCount();
-    const unsigned levels = texture.GetMipType() == LxGPUTexture::MIP_USER_SUPPLIED ? mipCount : 1;
+    unsigned levels = texture.GetMipType() == LxGPUTexture::MIP_USER_SUPPLIED ? mipCount : 1;
     const unsigned depth = volume ? texture.GetDepthOrArraySize() : 1;
+    LxCountedPtr<LxMemoryBuffer> data = initialData;
+    if (texture.GetMipType() == LxGPUTexture::MIP_AUTO_GENERATE && mipCount > 1)
+    {
+        // The levels below the first are made here from it, and go up with it.
+        LxCountedPtr<LxMemoryBuffer> chain = LxBuildMipChain(texture.GetWidth(), texture.GetHeight(), depth, mipCount,
+                                                             texture.GetSliceCount(), format, *initialData);
+        if (chain)
+        {
+            data = chain;
+            levels = mipCount;
+        }
+        else
+        {
+            LX_WARNING("%s.  Levels below the first cannot be generated for this format; they stay undefined.", who);
+        }
+    }
     unsigned offset = 0;
     for (unsigned slice = 0; slice < texture.GetSliceCount(); ++slice)
     {

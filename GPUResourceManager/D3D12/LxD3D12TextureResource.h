@@ -3,7 +3,9 @@
 // texture classes (LxD3D12Texture2DArray, LxD3D12Texture3D, LxD3D12TextureCubeArray) each own one.
 //
 // Initial data: with MIP_USER_SUPPLIED every level of slice 0, then every level of slice 1, ... (cube faces in
-// CubeMapFace order); with MIP_NONE and MIP_AUTO_GENERATE level 0 of each slice. Rows are packed (LxGetMipLevelInfo
+// CubeMapFace order); with MIP_NONE and MIP_AUTO_GENERATE level 0 of each slice (the other levels of an
+// auto-generated chain are made from it, LxBuildMipChain, where the format allows, else left undefined with a
+// warning). Rows are packed (LxGetMipLevelInfo
 // layout; block-compressed formats as rows of texels, every level after the first at least 4x4). Needs the
 // LxD3D12GPUResourceManager singleton, initialised. One thread at a time; failures are logged, answered with false,
 // and leave no resource behind.
@@ -59,7 +61,7 @@ private:
         D3D12_PLACED_SUBRESOURCE_FOOTPRINT footprint;
     };
 
-    bool Upload(const LxGPUTexture& texture, const LxCountedPtr<LxMemoryBuffer>& data, const char* who);
+    bool Upload(const LxGPUTexture& texture, const LxCountedPtr<LxMemoryBuffer>& initialData, const char* who);
     static void ReleaseStaging(Staging& staging);
 
     LxArray<Staging> m_staging;
