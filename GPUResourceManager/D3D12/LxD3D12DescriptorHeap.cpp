@@ -85,7 +85,7 @@ D3D12_DESCRIPTOR_HEAP_TYPE LxD3D12DescriptorHeap::GetHeapTypeFor(DescriptorKind 
 }
 
 bool LxD3D12DescriptorHeap::CreatePlaced(unsigned index, DescriptorKind kind, ID3D12Resource* resource,
-                                         const void* viewDesc)
+                                         const void* viewDesc, ID3D12Resource* counter)
 {
     if (!m_pHeap)
     {
@@ -119,7 +119,7 @@ bool LxD3D12DescriptorHeap::CreatePlaced(unsigned index, DescriptorKind kind, ID
                                             handle);
         break;
     case DESCRIPTOR_UAV:
-        m_pDevice->CreateUnorderedAccessView(resource, nullptr,
+        m_pDevice->CreateUnorderedAccessView(resource, counter,
                                              static_cast<const D3D12_UNORDERED_ACCESS_VIEW_DESC*>(viewDesc), handle);
         break;
     case DESCRIPTOR_SAMPLER:

@@ -38,9 +38,11 @@ public:
 
     // Writes a descriptor of `kind` for `resource` into slot `index`. `viewDesc` points at the matching
     // D3D12_*_VIEW_DESC / D3D12_SAMPLER_DESC (may be null for views but not for constant buffers and samplers).
+    // `counter` is the append/consume counter of a structured-buffer UAV (null: none).
     // Refuses a kind the heap's type cannot hold ("Wrong type of descriptor passed to CreatePlaced") and a slot
     // outside the heap.
-    bool CreatePlaced(unsigned index, DescriptorKind kind, ID3D12Resource* resource, const void* viewDesc);
+    bool CreatePlaced(unsigned index, DescriptorKind kind, ID3D12Resource* resource, const void* viewDesc,
+                      ID3D12Resource* counter = nullptr);
 
     // The heap type that holds descriptors of `kind`.
     static D3D12_DESCRIPTOR_HEAP_TYPE GetHeapTypeFor(DescriptorKind kind);

@@ -6,6 +6,9 @@
 #include "GPUResourceManager/LxGPUResourceView.h"
 #include "GPUResourceManager/LxGPUStructuredBuffer.h"
 #include "GPUResourceManager/LxGPUTexture.h"
+#include "RenderManager/D3D12/LxD3D12Barriers.h"
+
+#include <cstring>
 
 namespace
 {
@@ -299,6 +302,26 @@ bool FillDSV(const LxGPUResource& resource, const LxGPUResourceViewDescription& 
         return true;
     }
 }
+// The 4-byte counter of an append view, resting in the unordered-access state; null on failure.
+ID3D12Resource* CreateCounter(ID3D12Device* device)
+{
+    D3D12_HEAP_PROPERTIES heap = {};
+    heap.Type = D3D12_HEAP_TYPE_DEFAULT;
+    heap.CreationNodeMask = heap.VisibleNodeMask = 1;
+    D3D12_RESOURCE_DESC desc = {};
+    desc.Dimension = D3D12_RESOURCE_DIMENSION_BUFFER;
+    desc.Width = 4;
+    desc.Height = desc.DepthOrArraySize = desc.MipLevels = desc.SampleDesc.Count = 1;
+    desc.Layout = D3D12_TEXTURE_LAYOUT_ROW_MAJOR;
+    desc.Flags = D3D12_RESOURCE_FLAG_ALLOW_UNORDERED_ACCESS;
+    ID3D12Resource* counter = nullptr;
+    if (FAILED(device->CreateCommittedResource(&heap, D3D12_HEAP_FLAG_NONE, &desc,
+                                               D3D12_RESOURCE_STATE_UNORDERED_ACCESS, nullptr, IID_PPV_ARGS(&counter))))
+    {
+        return nullptr;
+    }
+    return counter;
+}
 } // namespace
 
 LxD3D12ViewDescriptor::~LxD3D12ViewDescriptor()
@@ -318,9 +341,38 @@ void LxD3D12ViewDescriptor::ReleaseDescriptor()
             m_pHeap->Free(static_cast<unsigned>(m_nSlot));
         }
     }
+    if (m_pCounter)
+    {
+        m_pCounter->Release();
+        m_pCounter = nullptr;
+    }
     m_pHeap = nullptr;
     m_nSlot = -1;
     m_handle = {};
+}
+
+bool LxD3D12ViewDescriptor::SetCounter(ID3D12GraphicsCommandList* list, unsigned value)
+{
+    LxD3D12GPUResourceManager* manager = LxD3D12GPUResourceManager::GetD3D12Ptr();
+    LxUploadAllocation upload;
+    if (!m_pCounter || !list || !manager)
+    {
+        LX_ERROR("LxD3D12ViewDescriptor::SetCounter.  The view has no append counter, or there is no list.");
+        return false;
+    }
+    if (!manager->GetUploadHeap().Allocate(sizeof(value), sizeof(value), &upload))
+    {
+        return false; // the upload ring reported it
+    }
+    std::memcpy(upload.GetCPUAddress(), &value, sizeof(value));
+    D3D12_RESOURCE_BARRIER barrier =
+        LxD3D12TransitionBarrier(m_pCounter, D3D12_RESOURCE_STATE_UNORDERED_ACCESS, D3D12_RESOURCE_STATE_COPY_DEST);
+    list->ResourceBarrier(1, &barrier);
+    list->CopyBufferRegion(m_pCounter, 0, manager->GetUploadHeap().GetResource(), upload.offset, sizeof(value));
+    barrier =
+        LxD3D12TransitionBarrier(m_pCounter, D3D12_RESOURCE_STATE_COPY_DEST, D3D12_RESOURCE_STATE_UNORDERED_ACCESS);
+    list->ResourceBarrier(1, &barrier);
+    return true;
 }
 
 bool LxD3D12ViewDescriptor::CreateDescriptor(const LxGPUResourceView& view)
@@ -416,17 +468,31 @@ bool LxD3D12ViewDescriptor::CreateDescriptor(const LxGPUResourceView& view)
         return false;
     }
 
+    ID3D12Resource* counter = nullptr;
+    if (kind == LxD3D12DescriptorHeap::DESCRIPTOR_UAV && (desc.flags & LxGPUResourceViewDescription::FLAG_APPEND))
+    {
+        if (!isBuffer || buffer.stride == 0)
+        {
+            LX_WARNING("%s.  Only structured views carry an append counter; this view is made without one.", kWho);
+        }
+        else if (!(counter = CreateCounter(manager->GetDevice())))
+        {
+            LX_ERROR("%s.  The append counter could not be created.", kWho);
+            return false;
+        }
+    }
     LxD3D12DescriptorHeap& heap = manager->GetDescriptorHeap(LxD3D12DescriptorHeap::GetHeapTypeFor(kind));
     const int slot = heap.Allocate(1);
-    if (slot < 0)
+    if (slot < 0 || !heap.CreatePlaced(static_cast<unsigned>(slot), kind, d3dResource, viewDesc, counter))
     {
-        return false; // the heap reported its exhaustion
-    }
-    if (!heap.CreatePlaced(static_cast<unsigned>(slot), kind, d3dResource, viewDesc))
-    {
-        heap.FreeNow(static_cast<unsigned>(slot));
+        // The heap reported why.
+        if (slot >= 0)
+            heap.FreeNow(static_cast<unsigned>(slot));
+        if (counter)
+            counter->Release();
         return false;
     }
+    m_pCounter = counter;
     m_pHeap = &heap;
     m_nSlot = slot;
     m_nHeapGeneration = manager->GetHeapGeneration();

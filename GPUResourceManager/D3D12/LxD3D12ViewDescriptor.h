@@ -9,6 +9,10 @@
 // array (whole cubes of a cube array, else a 2D array of its faces) or 3D with their mip and slice ranges. Depth
 // formats and their typeless forms are read through the matching colour format and written through the matching
 // depth format.
+// An unordered-access view of a structured buffer with the append flag gets its own counter (a 4-byte buffer kept
+// in the unordered-access state), which SetCounter sets on a list; raw and typed views cannot carry one here and
+// are made without it (a warning says so). The counter goes with the view, at once: keep an append view alive until
+// the frames that use it are done.
 //
 // The slot goes back to its heap behind the frame fence when the view is released or dies; a view that outlives the
 // resource manager that made it leaves the heap alone. Needs the LxD3D12GPUResourceManager singleton, initialised.
@@ -37,6 +41,11 @@ public:
     bool HasDescriptor() const { return m_nSlot >= 0; }
     // Null handle (ptr 0) without a descriptor.
     D3D12_CPU_DESCRIPTOR_HANDLE GetCPUHandle() const { return m_handle; }
+    // The append/consume counter (null for views without one), and the recording of a copy that sets it to
+    // `value` on `list` (upload memory of the current frame); false (logged) without a counter.
+    ID3D12Resource* GetCounterResource() const { return m_pCounter; }
+    bool SetCounter(ID3D12GraphicsCommandList* list, unsigned value);
+
     // The resource manager's heap generation when the descriptor was written.
     unsigned GetHeapGeneration() const { return m_nHeapGeneration; }
 
@@ -45,4 +54,5 @@ private:
     int m_nSlot = -1;
     unsigned m_nHeapGeneration = 0;
     D3D12_CPU_DESCRIPTOR_HANDLE m_handle = {};
+    ID3D12Resource* m_pCounter = nullptr;
 };

@@ -7,6 +7,7 @@
 
 #include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
 #include "GPUResourceManager/D3D12/LxD3D12ReadbackBuffer.h"
+#include "GPUResourceManager/D3D12/LxD3D12ViewDescriptor.h"
 #include "GPUResourceManager/LxGPUStructuredBuffer.h"
 #include "GPUResourceManager/LxGPUTexture2DArray.h"
 #include "GPUResourceManager/LxGPUTexture3D.h"
@@ -701,4 +702,59 @@ TEST_F(D3D12Views, EveryProvokableViewAndBindingMessageIsLoggedVerbatim)
         EXPECT_FALSE(c.provoke());
         EXPECT_EQ(1, log.Count(c.message, LX_LOG_ERROR)) << log.All();
     }
+}
+
+TEST_F(D3D12Views, AppendViewsOfStructuredBuffersCarryACounterThatCanBeSet)
+{
+    LxCountedPtr<LxGPUStructuredBuffer> buffer = LxGPUResourceManager::GetRef().CreateStructuredBuffer(
+        16, 8, LxGPUResource::BIND_SHADER_RESOURCE | LxGPUResource::BIND_UNORDERED_ACCESS, nullptr);
+    ASSERT_TRUE(buffer);
+    LxGPUResourceViewDescription append = buffer->GetDefaultViewDescription(LX_VIEW_UNORDERED_ACCESS);
+    append.flags = LxGPUResourceViewDescription::FLAG_APPEND;
+    LxCountedPtr<LxGPUUnorderedAccessView> view = buffer->GetUnorderedAccessView(append);
+    auto* d3d12 = dynamic_cast<LxD3D12ViewDescriptor*>(view.Get());
+    ASSERT_NE(d3d12, nullptr);
+    ASSERT_NE(d3d12->GetCounterResource(), nullptr);
+
+    LxD3D12ReadbackBuffer readback;
+    ASSERT_TRUE(readback.Create(s_rm->GetDevice(), 4));
+    {
+        LxMutex::ScopedLock lock(Manager()->GetImmediateLock());
+        ID3D12GraphicsCommandList* list = Manager()->BeginImmediate();
+        ASSERT_NE(list, nullptr);
+        ASSERT_TRUE(d3d12->SetCounter(list, 7));
+        ID3D12Resource* counter = d3d12->GetCounterResource();
+        D3D12_RESOURCE_BARRIER barrier =
+            LxD3D12TransitionBarrier(counter, D3D12_RESOURCE_STATE_UNORDERED_ACCESS, D3D12_RESOURCE_STATE_COPY_SOURCE);
+        list->ResourceBarrier(1, &barrier);
+        list->CopyBufferRegion(readback.GetResource(), 0, counter, 0, 4);
+        barrier =
+            LxD3D12TransitionBarrier(counter, D3D12_RESOURCE_STATE_COPY_SOURCE, D3D12_RESOURCE_STATE_UNORDERED_ACCESS);
+        list->ResourceBarrier(1, &barrier);
+        ASSERT_TRUE(Manager()->ExecuteImmediate());
+    }
+    const unsigned char* mapped = readback.Map();
+    ASSERT_NE(mapped, nullptr);
+    unsigned value = 0;
+    std::memcpy(&value, mapped, 4);
+    readback.Unmap();
+    EXPECT_EQ(value, 7u);
+
+    // A raw view cannot carry a counter: made without one, with a warning; a plain view has none either.
+    LxTest::LogCapture log;
+    LxGPUResourceViewDescription raw =
+        LxGPUResourceViewDescription(LX_VIEW_UNORDERED_ACCESS, LX_FORMAT_R32_TYPELESS, LxGPUResource::BUFFER,
+                                     LxGPUResourceDescription::Buffer(0, 8), LxGPUResourceViewDescription::FLAG_APPEND);
+    LxCountedPtr<LxGPUUnorderedAccessView> rawView = buffer->GetUnorderedAccessView(raw);
+    ASSERT_TRUE(rawView);
+    EXPECT_EQ(dynamic_cast<LxD3D12ViewDescriptor*>(rawView.Get())->GetCounterResource(), nullptr);
+    EXPECT_EQ(1, log.Count("LxD3D12ViewDescriptor::CreateDescriptor.  Only structured views carry an append counter; "
+                           "this view is made without one.",
+                           LX_LOG_WARNING))
+        << log.All();
+    LxCountedPtr<LxGPUUnorderedAccessView> plain =
+        buffer->GetUnorderedAccessView(buffer->GetDefaultViewDescription(LX_VIEW_UNORDERED_ACCESS));
+    ASSERT_TRUE(plain);
+    EXPECT_EQ(dynamic_cast<LxD3D12ViewDescriptor*>(plain.Get())->GetCounterResource(), nullptr);
+    EXPECT_FALSE(dynamic_cast<LxD3D12ViewDescriptor*>(plain.Get())->SetCounter(nullptr, 1));
 }
