@@ -2,6 +2,7 @@
 // upload ring and read back equal, readback of the formats the converters cover (and the refusals), a render
 // target saved as PNG and loaded back, the upload ring recycled across many real frames in flight, and the messages
 // of every failure this platform can provoke, compared verbatim.
+#include "D3D12/LxD3D12TestExpectations.h"
 #include "D3D12/LxD3D12TestHelpers.h"
 #include "support/LxTestSupport.h"
 
@@ -727,12 +728,7 @@ TEST_F(D3D12ResourceManager, EveryProvokableResourceMessageIsLoggedVerbatim)
                                LxGPUTexture::MIP_NONE, 1, 1, LxGPUResource::BIND_SHADER_RESOURCE, 0, nullptr);
     ASSERT_TRUE(staticVB && dynamicVB && structured && texture);
 
-    struct Case
-    {
-        const char* message;
-        std::function<bool()> provoke; // answers whether the call succeeded
-    };
-    const std::vector<Case> cases = {
+    const std::vector<LxD3D12Test::ProvokedMessage> cases = {
         {"A resource with the name:messages.vbalready exists.",
          [&] {
              return bool(
@@ -834,13 +830,7 @@ TEST_F(D3D12ResourceManager, EveryProvokableResourceMessageIsLoggedVerbatim)
              return first < 0 || more;
          }},
     };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.message);
-        LxTest::LogCapture log;
-        EXPECT_FALSE(c.provoke());
-        EXPECT_EQ(1, log.Count(c.message, LX_LOG_ERROR)) << log.All();
-    }
+    LxD3D12Test::ExpectEachLoggedOnce(cases);
 }
 
 TEST_F(D3D12ResourceManager, ShutDownReportsWhatIsStillReferenced)

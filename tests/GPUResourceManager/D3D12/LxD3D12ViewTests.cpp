@@ -2,6 +2,7 @@
 // render manager's device the way a demo does it: textures sampled through views in pixels, render-target,
 // depth-stencil and unordered-access views bound, cleared and read back, every view kind the resource types allow,
 // and many real frames of uploads and frame descriptors that must never overwrite what a frame in flight reads.
+#include "D3D12/LxD3D12TestExpectations.h"
 #include "D3D12/LxD3D12TestHelpers.h"
 #include "support/LxTestSupport.h"
 
@@ -661,12 +662,7 @@ TEST_F(D3D12Views, EveryProvokableViewAndBindingMessageIsLoggedVerbatim)
     ASSERT_TRUE(s_rm->BeginScene());
     ASSERT_TRUE(s_rm->EndScene());
     EXPECT_EQ(s_rm->GetCurrentD3D12CommandList(), nullptr);
-    struct Case
-    {
-        const char* message;
-        std::function<bool()> provoke;
-    };
-    const Case cases[] = {
+    const std::vector<LxD3D12Test::ProvokedMessage> cases = {
         {"LxD3D12GPUResourceManager::AllocateFrameDescriptors.  There is no shader-visible heap: initialise the "
          "resource manager first.",
          []
@@ -695,13 +691,7 @@ TEST_F(D3D12Views, EveryProvokableViewAndBindingMessageIsLoggedVerbatim)
              return orphan->ClearUInt(zero);
          }},
     };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.message);
-        LxTest::LogCapture log;
-        EXPECT_FALSE(c.provoke());
-        EXPECT_EQ(1, log.Count(c.message, LX_LOG_ERROR)) << log.All();
-    }
+    LxD3D12Test::ExpectEachLoggedOnce(cases);
 }
 
 TEST_F(D3D12Views, AppendViewsOfStructuredBuffersCarryACounterThatCanBeSet)
