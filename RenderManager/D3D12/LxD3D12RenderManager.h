@@ -142,6 +142,9 @@ public:
     bool CaptureBackBuffer(LxImageData2D* image);
 
     // --- the portable interface -----------------------------------------------------------------------------------
+    // Back-buffer views bind the frame's back buffer; other views are resolved through the registered resolver and,
+    // inside a frame, their resources moved to the render-target (depth-write, or depth-read for read-only depth)
+    // state on the calling worker's list. A view nothing resolves is reported and left out.
     void SetRenderTargets(unsigned count, LxCountedPtr<LxGPURenderableResourceView>* views,
                           LxCountedPtr<LxGPUDepthStencilResourceView> depth) override;
     void Viewport(float x, float y, float width, float height) override;
