@@ -1,6 +1,7 @@
 #include "ObjectManager/LxParticleGroup.h"
 
 #include "Common/LxLogManager.h"
+#include "Common/LxQuat.h"
 #include "EffectManager/LxEffectManager.h"
 #include "GPUResourceManager/LxGPUResourceManager.h"
 #include "ObjectManager/LxCameraManager.h"
@@ -43,6 +44,46 @@ private:
     LxAnimationSet& m_set;
 };
 
+// Animated transforms read the group's curves: a matrix curve as it is, a vector curve as a translation, a
+// quaternion curve as a rotation.
+class TransformCurves : public LxParticleSimulator::CurveSource
+{
+public:
+    explicit TransformCurves(const LxAnimationSet& set) : m_set(set) {}
+    bool EvaluateTransform(const LxString& name, float time, LxMatrix4* out) const override
+    {
+        LxCountedPtr<LxAnimationCurve> curve = m_set.GetCurve(name);
+        if (!curve)
+            return false;
+        switch (curve->GetDataType())
+        {
+        case LxAnimationCurve::DATA_MATRIX:
+            return curve->GetValueMatrix(time, out);
+        case LxAnimationCurve::DATA_VEC3:
+        {
+            LxVector3 t;
+            if (!curve->GetValueVec3(time, &t))
+                return false;
+            out->MakeTranslation(t);
+            return true;
+        }
+        case LxAnimationCurve::DATA_QUAT:
+        {
+            LxQuat q;
+            if (!curve->GetValueQuat(time, &q))
+                return false;
+            *out = q.ToRotationMatrix();
+            return true;
+        }
+        default:
+            return false;
+        }
+    }
+
+private:
+    const LxAnimationSet& m_set;
+};
+
 // Loads each system's effect through the effect manager while the file is built.
 class EffectLoadingBuilder : public LxParticleBuilder
 {
@@ -77,12 +118,13 @@ public:
 };
 } // namespace
 
-LxParticleGroup::LxParticleGroup(const LxString& name) : LxObject(name) {}
+LxParticleGroup::LxParticleGroup(const LxString& name) : LxObject(name), m_pCurves(new TransformCurves(m_animations)) {}
 
 LxParticleGroup::~LxParticleGroup()
 {
     DeleteSystems();
     delete m_pDesc;
+    delete m_pCurves;
 }
 
 LxParticleGroup* LxParticleGroup::Create(const LxString& name, const LxString& path, const LxAnimationSet* animations)
@@ -125,6 +167,7 @@ void LxParticleGroup::Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPt
     {
         System s;
         s.simulator = new LxParticleSimulator(desc->GetSystem(i), m_nSeed + i);
+        s.simulator->SetCurveSource(m_pCurves);
         s.effect = effects[i];
         s.bufferCapacity = 0;
         s.framesSkipped = 0;
@@ -214,8 +257,33 @@ void LxParticleGroup::RefreshBounds()
     SetBoundingVolume(box);
 }
 
+bool LxParticleGroup::GetCameraFrame(LxMatrix4* frame, LxVector3* right, LxVector3* up) const
+{
+    const LxCameraManager* cameras = LxCameraManager::GetExistingPtr();
+    const LxCamera* camera = cameras ? cameras->GetActiveCamera() : nullptr;
+    if (!camera)
+        return false;
+    LxMatrix4 world;
+    const LxPoint3& p = camera->GetPosition();
+    world.SetColumn(0, LxVector4(camera->GetRight().x, camera->GetRight().y, camera->GetRight().z, 0.0f));
+    world.SetColumn(1, LxVector4(camera->GetUp().x, camera->GetUp().y, camera->GetUp().z, 0.0f));
+    world.SetColumn(2, LxVector4(camera->GetView().x, camera->GetView().y, camera->GetView().z, 0.0f));
+    world.SetColumn(3, LxVector4(p.x, p.y, p.z, 1.0f));
+    LxMatrix4 inverse;
+    *frame = m_world.Inverse(&inverse) ? inverse * world : world;
+    if (right)
+        *right = frame->TransformVector(LxVector3(1, 0, 0)).Normalized();
+    if (up)
+        *up = frame->TransformVector(LxVector3(0, 1, 0)).Normalized();
+    return true;
+}
+
 void LxParticleGroup::UpdateObject(double time)
 {
+    LxMatrix4 camera;
+    if (GetCameraFrame(&camera, nullptr, nullptr))
+        for (System& s : m_systems)
+            s.simulator->SetCamera(camera);
     if (!m_bHaveTime)
     {
         m_bHaveTime = true;
@@ -233,7 +301,10 @@ void LxParticleGroup::UpdateObject(double time)
             dt = kMaxStep;
         if (dt > 0.0)
             for (System& s : m_systems)
-                StepSystem(s, static_cast<float>(dt));
+                // A system that was culled at the last draw stands still (its time is not carried over) unless
+                // it asks to be updated anyway.
+                if (!m_bCulled || s.simulator->GetDesc().GetUpdateWhenCulled())
+                    StepSystem(s, static_cast<float>(dt));
     }
     m_lastTime = time;
     RefreshBounds();
@@ -242,28 +313,20 @@ void LxParticleGroup::UpdateObject(double time)
 
 bool LxParticleGroup::Draw(const LxFrustum* cullFrustum)
 {
-    if (!m_bVisible || (cullFrustum && !IntersectsFrustum(*cullFrustum)))
+    m_bCulled = cullFrustum && !IntersectsFrustum(*cullFrustum);
+    if (!m_bVisible || m_bCulled)
         return false;
-    // Camera axes, brought into the group's space.
+    // Camera axes and position, brought into the group's space (world axes, no sorting, without a camera).
     LxVector3 right(1, 0, 0), up(0, 1, 0);
-    if (LxCameraManager* cameras = LxCameraManager::GetExistingPtr())
-        if (const LxCamera* camera = cameras->GetActiveCamera())
-        {
-            right = camera->GetRight();
-            up = camera->GetUp();
-        }
-    LxMatrix4 inverse;
-    if (m_world.Inverse(&inverse))
-    {
-        right = inverse.TransformVector(right).Normalized();
-        up = inverse.TransformVector(up).Normalized();
-    }
+    LxMatrix4 camera;
+    const bool haveCamera = GetCameraFrame(&camera, &right, &up);
+    const LxVector3 eye = camera.GetTranslation();
     LxObjectManager& objects = LxObjectManager::GetRef();
     LxObject* previous = objects.GetObjectBeingDrawn();
     objects.SetObjectBeingDrawn(this);
     bool drew = false;
     for (System& s : m_systems)
-        drew = DrawSystem(s, right, up) || drew;
+        drew = DrawSystem(s, right, up, haveCamera ? &eye : nullptr) || drew;
     objects.SetObjectBeingDrawn(previous);
     return drew;
 }
@@ -307,10 +370,13 @@ void LxParticleGroup::ApplyEffectParameters(System& s)
     }
 }
 
-bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVector3& up)
+bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVector3& up, const LxVector3* eye)
 {
     s.vertices.Clear();
-    s.simulator->BuildBillboards(right, up, s.vertices);
+    if (eye)
+        s.simulator->BuildBillboards(right, up, *eye, s.vertices);
+    else
+        s.simulator->BuildBillboards(right, up, s.vertices);
     if (s.vertices.IsEmpty() || !s.effect)
         return false;
     LxEffect& effect = *s.effect;

@@ -5,7 +5,11 @@
 // Time: UpdateObject(time) steps every simulator by the time since the previous update (the first update only
 // records the time, after simulating the system's WarmUp seconds in 1/30 s steps); steps are clamped to 0.25 s so a
 // stall does not fling particles. A system's SimulationSkip frames are skipped between steps (their time is carried
-// over), and its bounds are refreshed every BoundingBoxSkip + 1 steps. Particles live in the group's space; the
+// over), and its bounds are refreshed every BoundingBoxSkip + 1 steps. A group culled at its last draw does not
+// step its systems, except those with UpdateWhenCulled. Before each update the simulators get the active camera's
+// frame in the group's space (Camera and WorldRotCamPos transforms) and read animated transforms from the group's
+// animation set (matrix curves as they are, vector curves as translations, quaternion curves as rotations); Sort
+// systems are drawn back to front from the active camera. Particles live in the group's space; the
 // world transform places the group, and the object's bounding volume is the union of the systems' bounds.
 //
 // Seeds: system i is seeded with seed + i (SetSeed, default 1), so a group replays exactly after Restart.
@@ -102,7 +106,11 @@ private:
     void DeleteSystems();
     void StepSystem(System& system, float dt);
     void RefreshBounds();
-    bool DrawSystem(System& system, const LxVector3& right, const LxVector3& up);
+    // `eye` (null without a camera) orders the quads of systems that ask for sorting.
+    bool DrawSystem(System& system, const LxVector3& right, const LxVector3& up, const LxVector3* eye);
+    // The active camera's frame in the group's space (columns right, up, view, position) and its unit axes; false
+    // without an active camera.
+    bool GetCameraFrame(LxMatrix4* frame, LxVector3* right, LxVector3* up) const;
     // The system's effect parameters ("EffectParam" of the file) set on its effect: fixed values as given, keyframed
     // ones at the system's time, random ones at the middle of their range.
     void ApplyEffectParameters(System& system);
@@ -110,8 +118,11 @@ private:
     LxParticleGroupDesc* m_pDesc = nullptr;
     LxArray<System> m_systems;
     LxAnimationSet m_animations;
+    // Reads m_animations for the simulators' animated transforms (declared after it: built from it).
+    LxParticleSimulator::CurveSource* m_pCurves;
     LxMatrix4 m_world;
     bool m_bVisible = true;
+    bool m_bCulled = false; // outside the cull frustum at the last draw
     unsigned int m_nSeed = 1;
     bool m_bHaveTime = false;
     double m_lastTime = 0.0;

@@ -7,8 +7,12 @@
 #include "ParticleSystem/LxParticleElementDesc.h"
 #include "ParticleSystem/LxParticleParameter.h"
 #include "ParticleSystem/LxParticleSystemDesc.h"
+#include "ParticleSystem/LxParticleTransform.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace
 {
@@ -16,17 +20,36 @@ const float kPi = 3.14159265f;
 // A file asking for more would only exhaust memory.
 const unsigned int kMaxParticlesPerEmitter = 1000000;
 
-LxMatrix4 MakeElementTransform(const LxParticleTransform& t)
+LxMatrix4 ItemMatrix(const LxParticleTransform::Item& item)
 {
-    const LxVector3 r = t.GetRotation() * (kPi / 180.0f);
-    LxMatrix4 translate, rx, ry, rz, scale;
-    translate.MakeTranslation(t.GetTranslation());
-    rx.MakeFromAxisAngle(LxVector3(1, 0, 0), r.x);
-    ry.MakeFromAxisAngle(LxVector3(0, 1, 0), r.y);
-    rz.MakeFromAxisAngle(LxVector3(0, 0, 1), r.z);
-    const LxVector3 s = t.GetScale();
-    scale.MakeScaling(s.x, s.y, s.z);
-    return translate * rz * ry * rx * scale;
+    LxMatrix4 m;
+    switch (item.kind)
+    {
+    case LxParticleTransform::TRANSLATION:
+        m.MakeTranslation(item.value);
+        break;
+    case LxParticleTransform::ROTATION:
+    {
+        const LxVector3 r = item.value * (kPi / 180.0f);
+        LxMatrix4 rx, ry, rz;
+        rx.MakeFromAxisAngle(LxVector3(1, 0, 0), r.x);
+        ry.MakeFromAxisAngle(LxVector3(0, 1, 0), r.y);
+        rz.MakeFromAxisAngle(LxVector3(0, 0, 1), r.z);
+        m = rz * ry * rx;
+        break;
+    }
+    case LxParticleTransform::SCALE:
+        m.MakeScaling(item.value.x, item.value.y, item.value.z);
+        break;
+    case LxParticleTransform::SHEAR:
+        m(0, 1) = item.value.x;
+        m(0, 2) = item.value.y;
+        m(1, 2) = item.value.z;
+        break;
+    default:
+        break;
+    }
+    return m;
 }
 
 // A unit vector perpendicular to `n` (n not zero).
@@ -121,9 +144,6 @@ LxParticleSimulator::LxParticleSimulator(const LxParticleSystemDesc& desc, unsig
         const LxParticleValue* loop = e.FindValue("Loop");
         emitter.loop = loop ? loop->GetBool() : true;
         emitter.duration = ValueOr(e, "Duration", 0.0f);
-        emitter.hasTransform = e.HasTransform() && e.GetTransform().GetType() == LX_PARTICLE_TRANSFORM_WORLD;
-        if (emitter.hasTransform)
-            emitter.transform = MakeElementTransform(e.GetTransform());
         m_emitters.Add(emitter);
     }
     for (unsigned int i = 0; i < desc.GetActionCount(); ++i)
@@ -144,6 +164,49 @@ void LxParticleSimulator::Reset(unsigned int seed)
         e.pending = 0.0f;
         e.alive = 0;
     }
+}
+
+LxMatrix4 LxParticleSimulator::ComputeTransform(const LxParticleTransform& t) const
+{
+    LxMatrix4 curveMatrix;
+    LxMatrix4 m;
+    for (unsigned int i = 0; i < t.GetItemCount(); ++i)
+    {
+        const LxParticleTransform::Item& item = t.GetItem(i);
+        if (item.kind != LxParticleTransform::ANIMATION)
+        {
+            m = m * ItemMatrix(item);
+            continue;
+        }
+        for (const LxString* curve : {&item.curve, &item.curve2})
+            if (m_pCurves && !curve->IsEmpty() &&
+                m_pCurves->EvaluateTransform(*curve, m_fTime + item.timeOffset, &curveMatrix))
+                m = m * curveMatrix;
+    }
+    switch (t.GetType())
+    {
+    case LX_PARTICLE_TRANSFORM_CAMERA:
+        return m_camera * m;
+    case LX_PARTICLE_TRANSFORM_WORLD_ROT_CAM_POS:
+    {
+        LxMatrix4 at;
+        at.MakeTranslation(m_camera.GetTranslation());
+        return at * m;
+    }
+    case LX_PARTICLE_TRANSFORM_ANIMATION:
+        // The builder names the curve "<system>[.<element>].transform" when no item does.
+        if (!t.GetAnimation() && m_pCurves && !t.GetCurveName().IsEmpty() &&
+            m_pCurves->EvaluateTransform(t.GetCurveName(), m_fTime, &curveMatrix))
+            return curveMatrix * m;
+        return m;
+    default:
+        return m;
+    }
+}
+
+LxMatrix4 LxParticleSimulator::ElementMatrix(const LxParticleElementDesc& e, const LxMatrix4& system) const
+{
+    return e.HasTransform() ? system * ComputeTransform(e.GetTransform()) : system;
 }
 
 float LxParticleSimulator::Sample(const LxParticleParameter* p, unsigned int component, float time, float fallback)
@@ -287,7 +350,7 @@ LxVector3 LxParticleSimulator::SamplePoint(const LxParticleDomain& shape)
     }
 }
 
-void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t)
+void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t, const LxMatrix4& frame)
 {
     const LxParticleElementDesc& e = *emitter.desc;
     Particle p;
@@ -298,17 +361,9 @@ void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t)
     const float speed = speedParameter ? Sample(speedParameter, 0, t, 0.0f) : ValueOr(e, "Speed", 0.0f);
     if (speed != 0.0f && e.HasShape())
         velocity += (local - DomainCenter(e.GetShape())).Normalized() * speed;
-    if (emitter.hasTransform)
-    {
-        const LxPoint3 moved = emitter.transform.TransformPoint(LxPoint3(local.x, local.y, local.z));
-        p.position = LxVector3(moved.x, moved.y, moved.z);
-        p.velocity = emitter.transform.TransformVector(velocity);
-    }
-    else
-    {
-        p.position = local;
-        p.velocity = velocity;
-    }
+    const LxPoint3 moved = frame.TransformPoint(LxPoint3(local.x, local.y, local.z));
+    p.position = LxVector3(moved.x, moved.y, moved.z);
+    p.velocity = frame.TransformVector(velocity);
     const LxParticleParameter* color = e.FindParameter("Color");
     p.color = LxVector4(Sample(color, 0, t, 1.0f), Sample(color, 1, t, 1.0f), Sample(color, 2, t, 1.0f),
                         color && color->GetComponentCount() > 3 ? Sample(color, 3, t, 1.0f) : 1.0f);
@@ -321,16 +376,26 @@ void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t)
     ++emitter.alive;
 }
 
-void LxParticleSimulator::Act(const LxParticleElementDesc& a, float dt)
+namespace
+{
+LxVector3 Point(const LxMatrix4& m, const LxVector3& v)
+{
+    const LxPoint3 p = m.TransformPoint(LxPoint3(v.x, v.y, v.z));
+    return LxVector3(p.x, p.y, p.z);
+}
+} // namespace
+
+void LxParticleSimulator::Act(const LxParticleElementDesc& a, const Frame& frame, float dt)
 {
     Particle* particles = m_particles.GetData();
     const unsigned int count = m_particles.GetCount();
+    const LxMatrix4& m = frame.matrix;
     const LxVector3 shapeCenter = a.HasShape() ? DomainCenter(a.GetShape()) : LxVector3();
     switch (a.GetKind())
     {
     case LX_PARTICLE_KIND_CONST_ACCEL:
     {
-        const LxVector3 dv = VectorOr(a, "Acceleration", LxVector3()) * dt;
+        const LxVector3 dv = m.TransformVector(VectorOr(a, "Acceleration", LxVector3())) * dt;
         for (unsigned int i = 0; i < count; ++i)
             particles[i].velocity += dv;
         break;
@@ -341,13 +406,15 @@ void LxParticleSimulator::Act(const LxParticleElementDesc& a, float dt)
         const float strength = ConstantOr(a, "Strength", 0, 1.0f) * dt;
         const float epsilon = ConstantOr(a, "Epsilon", 0, 0.1f);
         const bool line = a.GetKind() == LX_PARTICLE_KIND_ORBIT_LINE;
-        const LxVector3 center = VectorOr(a, "Center", shapeCenter);
+        const LxVector3 center = Point(m, VectorOr(a, "Center", shapeCenter));
         LxVector3 start = VectorOr(a, "Start", LxVector3()), end = VectorOr(a, "End", LxVector3(0, 1, 0));
         if (line && a.HasShape() && a.GetShape().GetType() == LX_PARTICLE_DOMAIN_LINE)
         {
             start = a.GetShape().GetVector3("Start");
             end = a.GetShape().GetVector3("End");
         }
+        start = Point(m, start);
+        end = Point(m, end);
         const LxVector3 axis = end - start;
         const float axisLength2 = axis.SquaredLength();
         for (unsigned int i = 0; i < count; ++i)
@@ -365,8 +432,8 @@ void LxParticleSimulator::Act(const LxParticleElementDesc& a, float dt)
     }
     case LX_PARTICLE_KIND_VORTEX:
     {
-        const LxVector3 center = VectorOr(a, "Center", shapeCenter);
-        const LxVector3 axis = VectorOr(a, "Axis", LxVector3(0, 1, 0)).Normalized();
+        const LxVector3 center = Point(m, VectorOr(a, "Center", shapeCenter));
+        const LxVector3 axis = m.TransformVector(VectorOr(a, "Axis", LxVector3(0, 1, 0))).Normalized();
         const float k = ConstantOr(a, "Strength", 0, 1.0f) * dt;
         for (unsigned int i = 0; i < count; ++i)
             particles[i].velocity += axis.Cross(particles[i].position - center) * k;
@@ -374,14 +441,16 @@ void LxParticleSimulator::Act(const LxParticleElementDesc& a, float dt)
     }
     case LX_PARTICLE_KIND_COLLIDER_KILL:
     {
-        if (!a.HasShape())
+        // A collider squashed flat (a zero scale) has no inside to test against: it kills nothing.
+        if (!a.HasShape() || !frame.invertible)
             break;
         const LxParticleDomain& shape = a.GetShape();
         const LxParticleValue* invert = a.FindValue("Invert");
         const bool inverted = invert && invert->GetBool();
         for (unsigned int i = 0; i < count; ++i)
         {
-            const LxVector3& p = particles[i].position;
+            // Tested in the collider's own frame.
+            const LxVector3 p = Point(frame.inverse, particles[i].position);
             bool hit = false;
             switch (shape.GetType())
             {
@@ -448,6 +517,7 @@ void LxParticleSimulator::Step(float dt)
 {
     if (!(dt > 0.0f))
         return;
+    const LxMatrix4 system = m_desc.HasTransform() ? ComputeTransform(m_desc.GetTransform()) : LxMatrix4();
     for (unsigned int e = 0; e < m_emitters.GetCount(); ++e)
     {
         Emitter& emitter = m_emitters[e];
@@ -469,11 +539,17 @@ void LxParticleSimulator::Step(float dt)
         emitter.pending -= whole;
         const unsigned int room = emitter.maxParticles > emitter.alive ? emitter.maxParticles - emitter.alive : 0;
         const unsigned int n = whole < static_cast<float>(room) ? static_cast<unsigned int>(whole) : room;
+        const LxMatrix4 frame = ElementMatrix(*emitter.desc, system);
         for (unsigned int i = 0; i < n; ++i)
-            Emit(emitter, e, t);
+            Emit(emitter, e, t, frame);
     }
     for (unsigned int a = 0; a < m_desc.GetActionCount(); ++a)
-        Act(m_desc.GetAction(a), dt);
+    {
+        Frame frame;
+        frame.matrix = ElementMatrix(m_desc.GetAction(a), system);
+        frame.invertible = frame.matrix.Inverse(&frame.inverse);
+        Act(m_desc.GetAction(a), frame, dt);
+    }
     for (unsigned int i = 0; i < m_particles.GetCount();)
     {
         Particle& p = m_particles[i];
@@ -502,29 +578,63 @@ LxBoundingBox LxParticleSimulator::ComputeBounds() const
     return box;
 }
 
-void LxParticleSimulator::BuildBillboards(const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const
+void LxParticleSimulator::AppendQuad(const Particle& p, const LxVector3& right, const LxVector3& up,
+                                     LxArray<Vertex>& out) const
 {
     static const float kCorners[6][2] = {{-1, -1}, {-1, 1}, {1, 1}, {-1, -1}, {1, 1}, {1, -1}};
+    const int across = m_desc.GetTextureTilesAcross() > 0 ? m_desc.GetTextureTilesAcross() : 1;
+    const int down = m_desc.GetTextureTilesDown() > 0 ? m_desc.GetTextureTilesDown() : 1;
+    const long long tiles = static_cast<long long>(across) * down;
+    long long tile = 0;
+    if (tiles > 1 && p.life > 0.0f)
+    {
+        const float f = p.age / p.life * static_cast<float>(tiles);
+        tile = f > 0.0f ? static_cast<long long>(f) : 0;
+        if (tile >= tiles)
+            tile = tiles - 1;
+    }
+    const float tileU = static_cast<float>(tile % across), tileV = static_cast<float>(tile / across);
+    const float h = p.size * 0.5f;
+    const float c = std::cos(p.rotation) * h, s = std::sin(p.rotation) * h;
+    const LxVector3 r = right * c + up * s, u = up * c - right * s;
+    for (const float* corner : kCorners)
+    {
+        Vertex v;
+        const LxVector3 pos = p.position + r * corner[0] + u * corner[1];
+        v.position[0] = pos.x;
+        v.position[1] = pos.y;
+        v.position[2] = pos.z;
+        v.color[0] = p.color.x;
+        v.color[1] = p.color.y;
+        v.color[2] = p.color.z;
+        v.color[3] = p.color.w;
+        v.uv[0] = (tileU + (corner[0] + 1.0f) * 0.5f) / static_cast<float>(across);
+        v.uv[1] = (tileV + (1.0f - corner[1]) * 0.5f) / static_cast<float>(down);
+        out.Add(v);
+    }
+}
+
+void LxParticleSimulator::BuildBillboards(const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const
+{
     out.Reserve(out.GetCount() + 6 * m_particles.GetCount());
     for (const Particle& p : m_particles)
+        AppendQuad(p, right, up, out);
+}
+
+void LxParticleSimulator::BuildBillboards(const LxVector3& right, const LxVector3& up, const LxVector3& eye,
+                                          LxArray<Vertex>& out) const
+{
+    if (!m_desc.GetSort())
     {
-        const float h = p.size * 0.5f;
-        const float c = std::cos(p.rotation) * h, s = std::sin(p.rotation) * h;
-        const LxVector3 r = right * c + up * s, u = up * c - right * s;
-        for (const float* corner : kCorners)
-        {
-            Vertex v;
-            const LxVector3 pos = p.position + r * corner[0] + u * corner[1];
-            v.position[0] = pos.x;
-            v.position[1] = pos.y;
-            v.position[2] = pos.z;
-            v.color[0] = p.color.x;
-            v.color[1] = p.color.y;
-            v.color[2] = p.color.z;
-            v.color[3] = p.color.w;
-            v.uv[0] = (corner[0] + 1.0f) * 0.5f;
-            v.uv[1] = (1.0f - corner[1]) * 0.5f;
-            out.Add(v);
-        }
+        BuildBillboards(right, up, out);
+        return;
     }
+    const unsigned int count = m_particles.GetCount();
+    std::vector<std::pair<float, unsigned int>> order(count);
+    for (unsigned int i = 0; i < count; ++i)
+        order[i] = std::make_pair(-(m_particles[i].position - eye).SquaredLength(), i);
+    std::sort(order.begin(), order.end());
+    out.Reserve(out.GetCount() + 6 * count);
+    for (const std::pair<float, unsigned int>& o : order)
+        AppendQuad(m_particles[o.second], right, up, out);
 }

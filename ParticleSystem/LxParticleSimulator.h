@@ -15,6 +15,7 @@
 //
 // Actions, applied in file order each step (other kinds are reported once when the simulator is made, and ignored):
 //   ConstAccel   Acceleration: velocity += a dt.
+// Every shape and vector of an action is read in the action's transformed frame:
 //   OrbitPoint   Center (or the shape's centre), Strength, Epsilon (0.1): acceleration towards the centre of
 //                Strength / (distance^2 + Epsilon).
 //   OrbitLine    Start, End (or a Line shape), Strength, Epsilon: the same towards the nearest point of the line.
@@ -22,6 +23,11 @@
 //   ColliderKill a Plane shape kills particles behind the plane (against its normal); a Sphere, Box or Disc shape
 //                kills those inside it. The value Invert swaps inside and outside.
 //   LifeLerp     Color, Size: keyframed parameters read at the particle's age divided by its life.
+//
+// Quads: BuildBillboards with an eye position orders a Sort system's quads back to front (farthest first, ties
+// in particle order). With TextureTile across x down, a quad's texture coordinates cover one tile, chosen by the
+// particle's age over its life (the first tile at birth, the last at death, row by row from the top left), so an
+// animated sprite sheet plays once over each particle's life.
 //
 // Step order: emit, act, move (position += velocity dt), age, remove the dead (the last particle takes a dead one's
 // place). Not thread-safe; separate simulators may step on separate threads.
@@ -32,6 +38,7 @@
 #include "Common/LxBoundingBox.h"
 #include "Common/LxMatrix4.h"
 #include "Common/LxMersenneTwister.h"
+#include "Common/LxString.h"
 #include "Common/LxVector3.h"
 #include "Common/LxVector4.h"
 
@@ -39,6 +46,7 @@ class LxParticleDomain;
 class LxParticleElementDesc;
 class LxParticleParameter;
 class LxParticleSystemDesc;
+class LxParticleTransform;
 
 class LX_API LxParticleSimulator
 {
@@ -62,6 +70,15 @@ public:
         float uv[2];
     };
 
+    // Evaluates the animation curves that drive animated transforms, as a matrix at `time`; false when it has no
+    // such curve or the curve's values cannot be made a transform.
+    class LX_API CurveSource
+    {
+    public:
+        virtual ~CurveSource() = default;
+        virtual bool EvaluateTransform(const LxString& curve, float time, LxMatrix4* out) const = 0;
+    };
+
     // The description must outlive the simulator.
     LxParticleSimulator(const LxParticleSystemDesc& desc, unsigned int seed);
 
@@ -71,6 +88,13 @@ public:
     // Advances by dt seconds (ignored unless positive).
     void Step(float dt);
     float GetTime() const { return m_fTime; }
+    // Not owned; null (the default) reads every curve as the identity.
+    void SetCurveSource(const CurveSource* source) { m_pCurves = source; }
+    // The camera's frame in the particles' space: columns right, up, viewing direction and position. Identity by
+    // default. Read by Camera and WorldRotCamPos transforms at the next step.
+    void SetCamera(const LxMatrix4& cameraFrame) { m_camera = cameraFrame; }
+    // The matrix of a transform at the simulator's current time and camera (see above).
+    LxMatrix4 ComputeTransform(const LxParticleTransform& transform) const;
 
     unsigned int GetCount() const { return m_particles.GetCount(); }
     const Particle* GetData() const { return m_particles.GetData(); }
@@ -79,6 +103,8 @@ public:
     // Appends six vertices per particle: quads spanning `right` and `up` (unit vectors, usually the camera's axes in
     // the particles' space), of the particle's size, turned by its rotation.
     void BuildBillboards(const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const;
+    // The same, sorted back to front from `eye` when the system asks for Sort.
+    void BuildBillboards(const LxVector3& right, const LxVector3& up, const LxVector3& eye, LxArray<Vertex>& out) const;
 
 private:
     struct Emitter
@@ -89,12 +115,19 @@ private:
         unsigned int maxParticles;
         bool loop;
         float duration;
-        LxMatrix4 transform;
-        bool hasTransform;
+    };
+    // An action's frame for the current step: its matrix and inverse.
+    struct Frame
+    {
+        LxMatrix4 matrix;
+        LxMatrix4 inverse;
+        bool invertible;
     };
 
-    void Emit(Emitter& emitter, unsigned int index, float emitterTime);
-    void Act(const LxParticleElementDesc& action, float dt);
+    void Emit(Emitter& emitter, unsigned int index, float emitterTime, const LxMatrix4& frame);
+    void Act(const LxParticleElementDesc& action, const Frame& frame, float dt);
+    LxMatrix4 ElementMatrix(const LxParticleElementDesc& element, const LxMatrix4& system) const;
+    void AppendQuad(const Particle& p, const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const;
     float Sample(const LxParticleParameter* parameter, unsigned int component, float time, float fallback);
     LxVector3 SamplePoint(const LxParticleDomain& shape);
     float Random() { return static_cast<float>(m_random.genrand_real2()); }
@@ -104,4 +137,6 @@ private:
     LxArray<Particle> m_particles;
     LxMersenneTwister m_random;
     float m_fTime = 0.0f;
+    const CurveSource* m_pCurves = nullptr;
+    LxMatrix4 m_camera;
 };

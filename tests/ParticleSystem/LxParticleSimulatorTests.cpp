@@ -1,11 +1,14 @@
-// The CPU particle simulation: steps worked out by hand, replay for a seed, shapes, colliders, life interpolation and
-// the camera-facing quads.
+// The CPU particle simulation: steps worked out by hand, replay for a seed, shapes, colliders, life interpolation,
+// transforms of systems, emitters and actions, and the camera-facing quads (order, texture tiles).
 #include "LxParticleTestUtil.h"
 
+#include "ParticleSystem/LxParticleAnimationSet.h"
+#include "ParticleSystem/LxParticleBuilder.h"
 #include "ParticleSystem/LxParticleSimulator.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -162,4 +165,188 @@ TEST(LxParticleSimulator, VortexAndBillboards)
     EXPECT_EQ(0.0f, vertices[0].uv[0]);
     EXPECT_EQ(1.0f, vertices[0].uv[1]);
     EXPECT_EQ(0.5f, vertices[5].color[1]);
+}
+
+namespace
+{
+// Curves for animated transforms: "slide" moves along x at 2 units a second, "lift" raises by 1; every name the
+// builder asks about exists.
+class SlideCurves : public LxParticleAnimationSet, public LxParticleSimulator::CurveSource
+{
+public:
+    bool HasCurve(const LxString&) const override { return true; }
+    bool AddCurve(const LxString&, const LxParticleKeyFrameChannel&) override { return true; }
+    bool EvaluateTransform(const LxString& curve, float time, LxMatrix4* out) const override
+    {
+        if (curve == "lift")
+            out->MakeTranslation(0, 1, 0);
+        else if (curve == "slide" || curve == "S.E.transform")
+            out->MakeTranslation(2.0f * time, 0, 0);
+        else
+            return false;
+        return true;
+    }
+};
+
+// The camera at (5, 0, 0) looking down -x, its right along +z.
+LxMatrix4 SideCamera()
+{
+    LxMatrix4 camera;
+    camera.SetColumn(0, LxVector4(0, 0, 1, 0));
+    camera.SetColumn(1, LxVector4(0, 1, 0, 0));
+    camera.SetColumn(2, LxVector4(-1, 0, 0, 0));
+    camera.SetColumn(3, LxVector4(5, 0, 0, 1));
+    return camera;
+}
+} // namespace
+
+TEST(LxParticleSimulator, TransformsPlaceNewParticles)
+{
+    // One particle per 0.1 s step, born at the emitter's point (1, 0, 0) with velocity (1, 0, 0) before the
+    // transforms; the expected values are where the first particle is after one step of 0.1 s.
+    struct Case
+    {
+        const char* what;
+        const char* system;  // the system's own sections
+        const char* emitter; // the emitter's transform
+        LxVector3 position;
+        LxVector3 velocity;
+    };
+    const Case cases[] = {
+        {"none", "", "", {1.1f, 0, 0}, {1, 0, 0}},
+        // Scale (2, 0, 0), turn a quarter about z (0, 2, 0), move (0, 4, 0); the velocity only scales and turns.
+        {"first item outermost",
+         "",
+         "Transform World Translation 0 2 0 Rotation 0 0 90 Scale 2 2 2 EndTransform",
+         {0, 4.2f, 0},
+         {0, 2, 0}},
+        {"written order", "", "Transform World Scale 2 2 2 Translation 0 2 0 EndTransform", {2.2f, 4, 0}, {2, 0, 0}},
+        {"rotation x then y", "", "Transform World Rotation 90 90 0 EndTransform", {0, 0, -1.1f}, {0, 0, -1}},
+        {"shear", "", "Transform World Translation 0 1 1 Shear 1 2 3 EndTransform", {1.1f, 1, 1}, {1, 0, 0}},
+        {"shear of y and z", "", "Transform World Shear 1 2 3 Translation 0 1 1 EndTransform", {4.1f, 4, 1}, {1, 0, 0}},
+        // (1, 0, 0) in the camera's frame is its right: (5, 0, 1); ahead 3 is 3 further down -x.
+        {"camera", "", "Transform Camera Translation 0 0 3 EndTransform", {2, 0, 1.1f}, {0, 0, 1}},
+        {"world axes at the camera",
+         "",
+         "Transform WorldRotCamPos Translation 0 0 3 EndTransform",
+         {6.1f, 0, 3},
+         {1, 0, 0}},
+        {"system over emitter",
+         "Transform World Translation 10 0 0 Rotation 0 0 90 EndTransform",
+         "Transform World Translation 0 1 0 EndTransform",
+         {9, 1.1f, 0},
+         {0, 1, 0}},
+        {"camera system", "Transform Camera Translation 0 0 0 EndTransform", "", {5, 0, 1.1f}, {0, 0, 1}},
+        // Curves are read at the system's time (0 at the first step) plus the offset: slide 2 * 0.5.
+        {"animation item",
+         "",
+         "Transform World Animation \"slide\" \"lift\" 0.5 EndTransform",
+         {2.1f, 1, 0},
+         {1, 0, 0}},
+        {"animated by the element's curve",
+         "",
+         "Transform Animation Scale 3 3 3 EndTransform",
+         {3.3f, 0, 0},
+         {3, 0, 0}},
+    };
+    SlideCurves curves;
+    for (const Case& c : cases)
+    {
+        LxParticleBuilder builder;
+        builder.SetAnimationSet(&curves);
+        auto group = LxPxTest::Parse(std::string("Lumex Particle Editor Project 1.0\n"
+                                                 "ParticleSystem GPUBillboard S Effect \"p.fx\" ") +
+                                         c.system +
+                                         "\nEmitter Shape E Rate Param Fixed 10 Velocity Param Fixed 1 0 0\n"
+                                         "  Shape Point Center 1 0 0 EndShape " +
+                                         c.emitter + " EndEmitter EndParticleSystem\n",
+                                     "test.txt", &builder);
+        ASSERT_TRUE(group) << c.what;
+        LxParticleSimulator sim(group->GetSystem(0), 1);
+        sim.SetCurveSource(&curves);
+        sim.SetCamera(SideCamera());
+        sim.Step(0.1f);
+        ASSERT_EQ(1u, sim.GetCount()) << c.what;
+        ExpectNear(c.position, sim.GetData()[0].position, c.what);
+        ExpectNear(c.velocity, sim.GetData()[0].velocity, c.what);
+    }
+
+    // Animated placements move with time: the second particle is born 0.1 s later, 0.2 further along.
+    LxParticleBuilder builder;
+    builder.SetAnimationSet(&curves);
+    auto group = LxPxTest::Parse("Lumex Particle Editor Project 1.0\nParticleSystem GPUBillboard S\n"
+                                 "Emitter Shape E Rate Param Fixed 10 Transform World Animation \"slide\" 0 "
+                                 "EndTransform EndEmitter EndParticleSystem\n",
+                                 "test.txt", &builder);
+    ASSERT_TRUE(group);
+    LxParticleSimulator sim(group->GetSystem(0), 1);
+    sim.Step(0.1f);
+    sim.SetCurveSource(&curves);
+    sim.Step(0.1f);
+    ASSERT_EQ(2u, sim.GetCount());
+    ExpectNear(LxVector3(), sim.GetData()[0].position, "no curve source: identity");
+    ExpectNear(LxVector3(0.2f, 0, 0), sim.GetData()[1].position, "slid");
+}
+
+TEST(LxParticleSimulator, ActionsWorkInTheirTransformedFrame)
+{
+    // Particles born at (5, 0, 0) and at the origin; a kill sphere at the origin moved to x = 5 by its action's
+    // transform takes the first, and the acceleration along x, turned a quarter about z, lifts the survivors.
+    auto group = System("Emitter Shape A Rate Param Fixed 10 Life Param Fixed 10 Shape Point Center 5 0 0 EndShape "
+                        "EndEmitter\n"
+                        "Emitter Shape B Rate Param Fixed 10 Life Param Fixed 10 EndEmitter\n"
+                        "Action ColliderKill K Shape Sphere Center 0 0 0 Radius 1 EndShape\n"
+                        "  Transform World Translation 5 0 0 EndTransform EndAction\n"
+                        "Action ConstAccel G Acceleration Param Fixed 10 0 0\n"
+                        "  Transform World Rotation 0 0 90 EndTransform EndAction\n"
+                        "Action ColliderKill Flat Shape Sphere Center 0 0 0 Radius 100 EndShape\n"
+                        "  Transform World Scale 0 1 1 EndTransform EndAction");
+    LxParticleSimulator sim(group->GetSystem(0), 1);
+    sim.Step(0.1f);
+    ASSERT_EQ(1u, sim.GetCount()) << "a collider squashed to nothing kills nothing";
+    EXPECT_EQ(1u, sim.GetData()[0].emitter);
+    ExpectNear(LxVector3(0, 1, 0), sim.GetData()[0].velocity, "turned acceleration");
+}
+
+TEST(LxParticleSimulator, SortedQuadsAndTextureTiles)
+{
+    // One particle per 0.25 s moving along x at 1/s, living 1 s: after four steps the oldest has just died and
+    // the others are at x = 0.75, 0.5, 0.25 in birth order, aged as far as they moved.
+    const char* emitter = "Emitter Shape E Rate Param Fixed 4 Life Param Fixed 1 Velocity Param Fixed 1 0 0 "
+                          "Size Param Fixed 0.1 EndEmitter";
+    auto center = [](const LxArray<LxParticleSimulator::Vertex>& v, unsigned int quad)
+    { return 0.5f * (v[quad * 6].position[0] + v[quad * 6 + 2].position[0]); };
+    for (const bool sort : {false, true})
+    {
+        auto group = System(std::string(sort ? "Sort TRUE " : "") + "TextureTile 2 2\n" + emitter);
+        LxParticleSimulator sim(group->GetSystem(0), 1);
+        for (int i = 0; i < 4; ++i)
+            sim.Step(0.25f);
+        ASSERT_EQ(3u, sim.GetCount());
+        LxArray<LxParticleSimulator::Vertex> quads;
+        // Unsorted, storage order (the newest took the dead one's place); sorted from far out on +x, the newest
+        // (smallest x) is farthest and comes first.
+        sim.BuildBillboards(LxVector3(0, 0, 1), LxVector3(0, 1, 0), LxVector3(10, 0, 0), quads);
+        ASSERT_EQ(18u, quads.GetCount());
+        const float expected[2][3] = {{0.25f, 0.75f, 0.5f}, {0.25f, 0.5f, 0.75f}};
+        for (unsigned int q = 0; q < 3; ++q)
+            EXPECT_NEAR(expected[sort][q], center(quads, q), 1e-5f) << "sort " << sort << " quad " << q;
+        // Tiles by age over life, row by row: age 0.25 picks tile 1 (top right), 0.5 tile 2, 0.75 tile 3.
+        for (unsigned int q = 0; q < 3; ++q)
+        {
+            const float x = center(quads, q);
+            const int tile = static_cast<int>(x * 4.0f + 0.5f); // the age equals x
+            float lo[2] = {1.0f, 1.0f}, hi[2] = {0.0f, 0.0f};
+            for (unsigned int k = 0; k < 6; ++k)
+                for (int a = 0; a < 2; ++a)
+                {
+                    lo[a] = std::min(lo[a], quads[q * 6 + k].uv[a]);
+                    hi[a] = std::max(hi[a], quads[q * 6 + k].uv[a]);
+                }
+            EXPECT_FLOAT_EQ(0.5f * (tile % 2), lo[0]) << "tile " << tile;
+            EXPECT_FLOAT_EQ(0.5f * (tile / 2), lo[1]) << "tile " << tile;
+            EXPECT_FLOAT_EQ(lo[0] + 0.5f, hi[0]);
+            EXPECT_FLOAT_EQ(lo[1] + 0.5f, hi[1]);
+        }
+    }
 }
