@@ -52,3 +52,8 @@ bool LxD3D12Texture2DArray::APIUnmap(unsigned subresource)
 {
     return m_storage.Unmap(subresource, "LxD3D12Texture2DArray::Unmap");
 }
+
+bool LxD3D12Texture2DArray::GenerateMips()
+{
+    return m_storage.GenerateMips(*this, "LxD3D12Texture2DArray::GenerateMips");
+}

@@ -42,3 +42,8 @@ bool LxD3D12Texture3D::APIUnmap(unsigned subresource)
 {
     return m_storage.Unmap(subresource, "LxD3D12Texture3D::Unmap");
 }
+
+bool LxD3D12Texture3D::GenerateMips()
+{
+    return m_storage.GenerateMips(*this, "LxD3D12Texture3D::GenerateMips");
+}

@@ -24,6 +24,7 @@ public:
     bool ReadbackMipLevel(unsigned mip, unsigned slice, LxImageData2D* out) override;
     // Level 0 of slice 0.
     bool GetReadbackImage(LxImageData2D* out) override;
+    bool GenerateMips() override;
 
     ID3D12Resource* GetD3D12Resource() const { return m_storage.GetResource(); }
     D3D12_RESOURCE_STATES GetD3D12State() const { return m_storage.GetState(); }

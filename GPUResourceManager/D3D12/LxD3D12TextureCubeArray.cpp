@@ -50,3 +50,8 @@ bool LxD3D12TextureCubeArray::APIUnmap(unsigned subresource)
 {
     return m_storage.Unmap(subresource, "LxD3D12TextureCubeArray::Unmap");
 }
+
+bool LxD3D12TextureCubeArray::GenerateMips()
+{
+    return m_storage.GenerateMips(*this, "LxD3D12TextureCubeArray::GenerateMips");
+}

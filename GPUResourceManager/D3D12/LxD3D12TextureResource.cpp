@@ -403,3 +403,61 @@ bool LxD3D12TextureResource::Unmap(unsigned subresource, const char* who)
     LX_ERROR("%s.  Subresource %u has no staging memory.", who, subresource);
     return false;
 }
+
+bool LxD3D12TextureResource::GenerateMips(const LxGPUTexture& texture, const char* who)
+{
+    const LxGPUResourceFormat format = texture.GetFormat();
+    if (!LxCanBuildMipChain(format))
+    {
+        LX_ERROR("%s.  Levels cannot be generated for this format.", who);
+        return false;
+    }
+    const unsigned mips = texture.GetMipCount();
+    const bool volume = texture.GetType() == LxGPUResource::TEXTURE_3D;
+    const unsigned width = texture.GetWidth(), height = texture.GetHeight();
+    const unsigned depth = volume ? texture.GetDepthOrArraySize() : 1;
+    const unsigned texel = LxGetFormatBitsPerElement(format) / 8;
+    for (unsigned slice = 0; mips > 1 && slice < texture.GetSliceCount(); ++slice)
+    {
+        // The first level, packed; then the chain made from it, written level by level.
+        LxCountedPtr<LxMemoryBuffer> first(LxMemoryBuffer::Allocate(width * height * depth * texel));
+        LxMappedVolume mapped;
+        const unsigned top = texture.GetSubresourceIndex(0, slice);
+        if (!first || !Map(texture, LxGPUResource::MAP_READ, top, &mapped, who))
+        {
+            return false;
+        }
+        for (unsigned z = 0; z < depth; ++z)
+            for (unsigned y = 0; y < height; ++y)
+                std::memcpy(first->GetData() + (size_t(z) * height + y) * width * texel,
+                            mapped.data + size_t(z) * mapped.slicePitch + size_t(y) * mapped.rowPitch,
+                            size_t(width) * texel);
+        Unmap(top, who);
+        LxCountedPtr<LxMemoryBuffer> chain = LxBuildMipChain(width, height, depth, mips, 1, format, *first);
+        const unsigned char* level = chain ? chain->GetData() + size_t(width) * height * depth * texel : nullptr;
+        for (unsigned mip = 1, w = width, h = height, d = depth; level && mip < mips; ++mip)
+        {
+            w = w > 1 ? w / 2 : 1, h = h > 1 ? h / 2 : 1, d = d > 1 ? d / 2 : 1;
+            const unsigned subresource = texture.GetSubresourceIndex(mip, slice);
+            if (!Map(texture, LxGPUResource::MAP_WRITE, subresource, &mapped, who))
+            {
+                return false;
+            }
+            for (unsigned z = 0; z < d; ++z)
+                for (unsigned y = 0; y < h; ++y)
+                    std::memcpy(mapped.data + size_t(z) * mapped.slicePitch + size_t(y) * mapped.rowPitch,
+                                level + (size_t(z) * h + y) * w * texel, size_t(w) * texel);
+            level += size_t(w) * h * d * texel;
+            if (!Unmap(subresource, who))
+            {
+                return false;
+            }
+        }
+        if (!level)
+        {
+            LX_ERROR("%s.  Out of memory for the generated levels.", who);
+            return false;
+        }
+    }
+    return true;
+}

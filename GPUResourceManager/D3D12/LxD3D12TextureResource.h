@@ -44,6 +44,9 @@ public:
     bool Map(const LxGPUTexture& texture, LxGPUResource::MapType type, unsigned subresource, LxMappedVolume* out,
              const char* who);
     bool Unmap(unsigned subresource, const char* who);
+    // Remakes every level below the first of each slice from the first (LxBuildMipChain: formats with 8-bit UNORM
+    // channels), through maps of the subresources; the call waits for the GPU. False (logged) for other formats.
+    bool GenerateMips(const LxGPUTexture& texture, const char* who);
 
     ID3D12Resource* GetResource() const { return m_pResource; }
     // The state the texture is in once the work recorded so far has run: its resting state (render target, depth
