@@ -144,6 +144,30 @@ LxParticleSimulator::LxParticleSimulator(const LxParticleSystemDesc& desc, unsig
         const LxParticleValue* loop = e.FindValue("Loop");
         emitter.loop = loop ? loop->GetBool() : true;
         emitter.duration = ValueOr(e, "Duration", 0.0f);
+        emitter.source = -1;
+        // Members set to true name the emitters (tails) or actions (collision) followed.
+        for (unsigned int v = 0; v < e.GetValueCount(); ++v)
+        {
+            const LxParticleElementDesc::NamedValue& named = e.GetValue(v);
+            if (named.value.GetKind() != LxParticleValue::BOOL || !named.value.GetBool())
+                continue;
+            if (e.GetKind() == LX_PARTICLE_KIND_EMITTER_TAIL && emitter.source < 0)
+                for (unsigned int s = 0; s < desc.GetEmitterCount(); ++s)
+                    if (s != i && desc.GetEmitter(s).GetName() == named.name)
+                        emitter.source = static_cast<int>(s);
+            if (e.GetKind() == LX_PARTICLE_KIND_EMITTER_COLLISION)
+                for (unsigned int a = 0; a < desc.GetActionCount(); ++a)
+                    if (desc.GetAction(a).GetName() == named.name)
+                        emitter.colliders.Add(a);
+        }
+        if (e.GetKind() == LX_PARTICLE_KIND_EMITTER_TAIL && emitter.source < 0)
+            for (unsigned int s = 0; s < desc.GetEmitterCount() && emitter.source < 0; ++s)
+                if (s != i)
+                    emitter.source = static_cast<int>(s);
+        if (e.GetKind() == LX_PARTICLE_KIND_EMITTER_TAIL && emitter.source < 0)
+            LX_WARNING("LxParticleSimulator.  Tail emitter %s of particle system %s has no emitter to follow",
+                       e.GetName().c_str(), desc.GetName().c_str());
+        m_bRecordKills = m_bRecordKills || e.GetKind() == LX_PARTICLE_KIND_EMITTER_COLLISION;
         m_emitters.Add(emitter);
     }
     for (unsigned int i = 0; i < desc.GetActionCount(); ++i)
@@ -350,7 +374,8 @@ LxVector3 LxParticleSimulator::SamplePoint(const LxParticleDomain& shape)
     }
 }
 
-void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t, const LxMatrix4& frame)
+void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t, const LxMatrix4& frame,
+                               const LxVector3* origin, const LxVector3& originVelocity)
 {
     const LxParticleElementDesc& e = *emitter.desc;
     Particle p;
@@ -361,9 +386,17 @@ void LxParticleSimulator::Emit(Emitter& emitter, unsigned int index, float t, co
     const float speed = speedParameter ? Sample(speedParameter, 0, t, 0.0f) : ValueOr(e, "Speed", 0.0f);
     if (speed != 0.0f && e.HasShape())
         velocity += (local - DomainCenter(e.GetShape())).Normalized() * speed;
-    const LxPoint3 moved = frame.TransformPoint(LxPoint3(local.x, local.y, local.z));
-    p.position = LxVector3(moved.x, moved.y, moved.z);
-    p.velocity = frame.TransformVector(velocity);
+    if (origin)
+    {
+        p.position = *origin + frame.TransformVector(local);
+        p.velocity = frame.TransformVector(velocity) + originVelocity * ValueOr(e, "InheritVelocity", 0.0f);
+    }
+    else
+    {
+        const LxPoint3 moved = frame.TransformPoint(LxPoint3(local.x, local.y, local.z));
+        p.position = LxVector3(moved.x, moved.y, moved.z);
+        p.velocity = frame.TransformVector(velocity);
+    }
     const LxParticleParameter* color = e.FindParameter("Color");
     p.color = LxVector4(Sample(color, 0, t, 1.0f), Sample(color, 1, t, 1.0f), Sample(color, 2, t, 1.0f),
                         color && color->GetComponentCount() > 3 ? Sample(color, 3, t, 1.0f) : 1.0f);
@@ -385,7 +418,7 @@ LxVector3 Point(const LxMatrix4& m, const LxVector3& v)
 }
 } // namespace
 
-void LxParticleSimulator::Act(const LxParticleElementDesc& a, const Frame& frame, float dt)
+void LxParticleSimulator::Act(const LxParticleElementDesc& a, unsigned int index, const Frame& frame, float dt)
 {
     Particle* particles = m_particles.GetData();
     const unsigned int count = m_particles.GetCount();
@@ -483,7 +516,12 @@ void LxParticleSimulator::Act(const LxParticleElementDesc& a, const Frame& frame
                 break;
             }
             if (hit != inverted)
+            {
+                // Marked dead (removed after the move); recorded once for collision emitters.
+                if (m_bRecordKills && particles[i].life != -1.0f)
+                    m_kills.Add(Kill{particles[i].position, particles[i].velocity, index});
                 particles[i].life = -1.0f;
+            }
         }
         break;
     }
@@ -535,6 +573,8 @@ void LxParticleSimulator::Step(float dt)
             emitter.pending = 0.0f;
             continue;
         }
+        if (emitter.desc->GetKind() != LX_PARTICLE_KIND_EMITTER)
+            continue; // tails and collision emitters are placed by other particles
         const float whole = std::floor(emitter.pending);
         emitter.pending -= whole;
         const unsigned int room = emitter.maxParticles > emitter.alive ? emitter.maxParticles - emitter.alive : 0;
@@ -543,13 +583,16 @@ void LxParticleSimulator::Step(float dt)
         for (unsigned int i = 0; i < n; ++i)
             Emit(emitter, e, t, frame);
     }
+    EmitFollowers(system);
+    m_kills.Clear();
     for (unsigned int a = 0; a < m_desc.GetActionCount(); ++a)
     {
         Frame frame;
         frame.matrix = ElementMatrix(m_desc.GetAction(a), system);
         frame.invertible = frame.matrix.Inverse(&frame.inverse);
-        Act(m_desc.GetAction(a), frame, dt);
+        Act(m_desc.GetAction(a), a, frame, dt);
     }
+    EmitAtKills(system);
     for (unsigned int i = 0; i < m_particles.GetCount();)
     {
         Particle& p = m_particles[i];
@@ -564,6 +607,55 @@ void LxParticleSimulator::Step(float dt)
             ++i;
     }
     m_fTime += dt;
+}
+
+void LxParticleSimulator::EmitFollowers(const LxMatrix4& system)
+{
+    for (unsigned int e = 0; e < m_emitters.GetCount(); ++e)
+    {
+        Emitter& emitter = m_emitters[e];
+        if (emitter.desc->GetKind() != LX_PARTICLE_KIND_EMITTER_TAIL || emitter.source < 0)
+            continue;
+        // The rate's fraction is carried the same way as a shape emitter's, but counts per followed particle.
+        const float whole = std::floor(emitter.pending);
+        emitter.pending -= whole;
+        if (!(whole >= 1.0f))
+            continue;
+        const LxMatrix4 frame = ElementMatrix(*emitter.desc, system);
+        // Only the particles alive before this pass: new tail particles are not followed in the same step.
+        const unsigned int count = m_particles.GetCount();
+        for (unsigned int i = 0; i < count; ++i)
+        {
+            if (m_particles[i].emitter != static_cast<unsigned int>(emitter.source))
+                continue;
+            const LxVector3 position = m_particles[i].position, velocity = m_particles[i].velocity;
+            for (float k = 0.0f; k < whole && emitter.alive < emitter.maxParticles; k += 1.0f)
+                Emit(emitter, e, m_fTime, frame, &position, velocity);
+        }
+    }
+}
+
+void LxParticleSimulator::EmitAtKills(const LxMatrix4& system)
+{
+    for (unsigned int e = 0; e < m_emitters.GetCount() && !m_kills.IsEmpty(); ++e)
+    {
+        Emitter& emitter = m_emitters[e];
+        if (emitter.desc->GetKind() != LX_PARTICLE_KIND_EMITTER_COLLISION)
+            continue;
+        const float perKill = ConstantOr(*emitter.desc, "Count", 0, 1.0f);
+        const LxMatrix4 frame = ElementMatrix(*emitter.desc, system);
+        for (const Kill& kill : m_kills)
+        {
+            bool listened = emitter.colliders.IsEmpty();
+            for (unsigned int a : emitter.colliders)
+                listened = listened || a == kill.action;
+            if (!listened)
+                continue;
+            for (float k = 0.0f; k < perKill && emitter.alive < emitter.maxParticles; k += 1.0f)
+                Emit(emitter, e, m_fTime, frame, &kill.position, kill.velocity);
+        }
+    }
+    m_kills.Clear();
 }
 
 LxBoundingBox LxParticleSimulator::ComputeBounds() const

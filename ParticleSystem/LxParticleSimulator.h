@@ -13,6 +13,16 @@
 // without one) is sampled uniformly, inside or, with Surface, on its surface; its transform (translation, rotation
 // in degrees about x then y then z, scale) moves positions and velocities.
 //
+// Tail and collision emitters read the same members but are placed by other particles; their shape and transform
+// (without its translation) offset new particles from that place:
+//   Tail       follows the emitter named by one of its members set to true ("Sparks TRUE"; otherwise the first
+//              other emitter): Rate particles per second behind each living particle of it, at the particle's
+//              position, with InheritVelocity (default 0) times its velocity added.
+//   Collision  Count (default 1) particles where a ColliderKill killed one in this step, emitted right after the
+//              actions; only the kills of the actions named by members set to true, or of every one when none is.
+// Either keeps to its MaxParticles; a tail never follows itself, and collision particles may be killed again (and
+// spawn again, within MaxParticles).
+//
 // Actions, applied in file order each step (other kinds are reported once when the simulator is made, and ignored):
 //   ConstAccel   Acceleration: velocity += a dt.
 // Every shape and vector of an action is read in the action's transformed frame:
@@ -115,6 +125,15 @@ private:
         unsigned int maxParticles;
         bool loop;
         float duration;
+        int source;                      // tails: the emitter followed, -1 for none
+        LxArray<unsigned int> colliders; // collision: the actions listened to (empty: all)
+    };
+    // A particle a collider killed in the current step.
+    struct Kill
+    {
+        LxVector3 position;
+        LxVector3 velocity;
+        unsigned int action;
     };
     // An action's frame for the current step: its matrix and inverse.
     struct Frame
@@ -124,8 +143,13 @@ private:
         bool invertible;
     };
 
-    void Emit(Emitter& emitter, unsigned int index, float emitterTime, const LxMatrix4& frame);
-    void Act(const LxParticleElementDesc& action, const Frame& frame, float dt);
+    // Emits one particle; `origin`, when given, is the place (and the velocity to inherit) of a tail or collision
+    // emitter's particle.
+    void Emit(Emitter& emitter, unsigned int index, float emitterTime, const LxMatrix4& frame,
+              const LxVector3* origin = nullptr, const LxVector3& originVelocity = LxVector3());
+    void EmitFollowers(const LxMatrix4& system);
+    void EmitAtKills(const LxMatrix4& system);
+    void Act(const LxParticleElementDesc& action, unsigned int index, const Frame& frame, float dt);
     LxMatrix4 ElementMatrix(const LxParticleElementDesc& element, const LxMatrix4& system) const;
     void AppendQuad(const Particle& p, const LxVector3& right, const LxVector3& up, LxArray<Vertex>& out) const;
     float Sample(const LxParticleParameter* parameter, unsigned int component, float time, float fallback);
@@ -135,6 +159,8 @@ private:
     const LxParticleSystemDesc& m_desc;
     LxArray<Emitter> m_emitters;
     LxArray<Particle> m_particles;
+    LxArray<Kill> m_kills;
+    bool m_bRecordKills = false;
     LxMersenneTwister m_random;
     float m_fTime = 0.0f;
     const CurveSource* m_pCurves = nullptr;

@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <vector>
 
 using LxPxTest::Parse;
 
@@ -349,4 +350,60 @@ TEST(LxParticleSimulator, SortedQuadsAndTextureTiles)
             EXPECT_FLOAT_EQ(lo[1] + 0.5f, hi[1]);
         }
     }
+}
+
+TEST(LxParticleSimulator, TailAndCollisionEmitters)
+{
+    // Two heads rising at 1/s from the line y = 1 (emitted in the first step only); the tail follows "Heads" by name
+    // (not the first emitter), four particles a second behind each, inheriting half its velocity. A floor at y = 0.25
+    // kills a falling drop (Drip) and the collision emitter, listening to that collider only, puts three particles
+    // where it died; the other collider (far away) is not listened to.
+    auto group =
+        System("Emitter Shape Drip Rate Param Fixed 10 MaxParticles 1 Velocity Param Fixed 0 -1 0\n"
+               "  Shape Point Center 9 0.5 0 EndShape EndEmitter\n"
+               "Emitter Shape Heads Rate Param Fixed 20 MaxParticles 2 Life Param Fixed 10 Velocity Param Fixed 0 1 0\n"
+               "  Shape Line Start 0 1 0 End 5 1 0 EndShape EndEmitter\n"
+               "Emitter Tail Trail Heads TRUE Rate Param Fixed 4 Life Param Fixed 10 InheritVelocity 0.5\n"
+               "  Transform World Translation 100 0 0 Scale 1 1 1 EndTransform EndEmitter\n"
+               "Emitter Collision Burst Floor TRUE Count 3 Life Param Fixed 10 MaxParticles 100 EndEmitter\n"
+               "Action ColliderKill Floor Shape Plane Point 0 0.25 0 Normal 0 1 0 EndShape EndAction\n"
+               "Action ColliderKill Far Shape Sphere Center 50 50 50 Radius 1 EndShape Invert FALSE EndAction");
+    LxParticleSimulator sim(group->GetSystem(0), 3);
+    std::vector<LxVector3> heads;
+    auto count = [&](unsigned int emitter)
+    {
+        unsigned int n = 0;
+        for (unsigned int i = 0; i < sim.GetCount(); ++i)
+            n += sim.GetData()[i].emitter == emitter;
+        return n;
+    };
+    sim.Step(0.1f);
+    EXPECT_EQ(2u, count(1));
+    EXPECT_EQ(0u, count(2)) << "no tail before a step has carried a whole particle";
+    for (int i = 0; i < 3; ++i)
+        sim.Step(0.1f);
+    // 4/s: the first whole particle in the third step, one behind each head where it stood then (y = 1.2).
+    ASSERT_EQ(2u, count(2));
+    for (unsigned int i = 0; i < sim.GetCount(); ++i)
+        if (sim.GetData()[i].emitter == 1)
+            heads.push_back(sim.GetData()[i].position);
+    for (unsigned int i = 0; i < sim.GetCount(); ++i)
+    {
+        const LxParticleSimulator::Particle& p = sim.GetData()[i];
+        if (p.emitter != 2)
+            continue;
+        ExpectNear(LxVector3(0, 0.5f, 0), p.velocity, "inherited half");
+        // Then moved 0.05 in each of two steps, the transform's translation left out.
+        EXPECT_NEAR(1.3f, p.position.y, 1e-5f);
+        const bool behindOne =
+            std::fabs(heads[0].x - p.position.x) < 1e-5f || std::fabs(heads[1].x - p.position.x) < 1e-5f;
+        EXPECT_TRUE(behindOne) << p.position.x;
+    }
+    // The drop left y = 0.5 at 1/s: below the floor after its third move, killed when the fourth step acted, and the
+    // burst was emitted there (y = 0.2) right after, then did not move (no velocity).
+    ASSERT_EQ(3u, count(3));
+    for (unsigned int i = 0; i < sim.GetCount(); ++i)
+        if (sim.GetData()[i].emitter == 3)
+            ExpectNear(LxVector3(9, 0.2f, 0), sim.GetData()[i].position, "burst where the drop died");
+    EXPECT_EQ(0u, count(0));
 }
