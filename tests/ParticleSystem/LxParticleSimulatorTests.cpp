@@ -1,7 +1,10 @@
 // The CPU particle simulation: steps worked out by hand, replay for a seed, shapes, colliders, life interpolation,
 // transforms of systems, emitters and actions, and the camera-facing quads (order, texture tiles).
 #include "LxParticleTestUtil.h"
+#include "ObjectManager/LxSceneTestUtil.h"
+#include "support/LxTestSupport.h"
 
+#include "ObjectManager/LxParticleGroup.h"
 #include "ParticleSystem/LxParticleAnimationSet.h"
 #include "ParticleSystem/LxParticleBuilder.h"
 #include "ParticleSystem/LxParticleSimulator.h"
@@ -11,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <memory>
 #include <vector>
 
 using LxPxTest::Parse;
@@ -406,4 +410,52 @@ TEST(LxParticleSimulator, TailAndCollisionEmitters)
         if (sim.GetData()[i].emitter == 3)
             ExpectNear(LxVector3(9, 0.2f, 0), sim.GetData()[i].position, "burst where the drop died");
     EXPECT_EQ(0u, count(0));
+}
+
+TEST(LxParticleSimulator, GroupFeedsCameraAndCurvesAndHonoursCulling)
+{
+    LxSceneTest::Scene scene(LxTest::MakeTempDir("particles"));
+    // "Near" emits 2 ahead of the camera; "Path" is carried along x at 10/s by the group's curve "path".
+    scene.Write("fx/particleFile.txt",
+                "Lumex Particle Editor Project 1.0\n"
+                "ParticleSystem GPUBillboard Near Effect \"particles.fx\"\n"
+                "  Emitter Shape E Rate Param Fixed 10 Life Param Fixed 10\n"
+                "    Transform Camera Translation 0 0 2 EndTransform EndEmitter EndParticleSystem\n"
+                "ParticleSystem GPUBillboard Path Effect \"particles.fx\" UpdateWhenCulled TRUE\n"
+                "  Transform World Animation \"path\" 0 EndTransform\n"
+                "  Emitter Shape E Rate Param Fixed 10 Life Param Fixed 10 EndEmitter EndParticleSystem\n");
+    LxAnimationSet curves;
+    LxKeyframeCurve* path = new LxKeyframeCurve(LxAnimationCurve::DATA_VEC3);
+    path->AddKey(0.0f, LxVector3(0, 0, 0));
+    path->AddKey(1.0f, LxVector3(10, 0, 0));
+    curves.AddCurve("path", LxCountedPtr<LxAnimationCurve>(path));
+    std::unique_ptr<LxParticleGroup> group(LxParticleGroup::Create("fx", scene.Path("fx").c_str(), &curves));
+    ASSERT_TRUE(group);
+    LxCamera* camera = LxCameraManager::GetRef().CreateCamera("eye");
+    camera->SetPosition(LxPoint3(0, 0, -10));
+    camera->SetLookAt(LxPoint3(0, 0, 0), LxVector3(0, 1, 0));
+    LxCameraManager::GetRef().SetActiveCamera(camera);
+    LxMatrix4 world;
+    world.MakeTranslation(0, 3, 0);
+    group->SetWorldTransform(world);
+
+    group->UpdateObject(0.0);
+    group->UpdateObject(0.1);
+    ASSERT_EQ(1u, group->GetSimulator(0).GetCount());
+    // The camera in the group's space is at (0, -3, -10) looking down +z.
+    ExpectNear(LxVector3(0, -3, -8), group->GetSimulator(0).GetData()[0].position, "ahead of the camera");
+
+    LxFrustum nowhere;
+    for (unsigned int i = 0; i < 6; ++i)
+        nowhere.SetPlane(i, LxVector4(0, 0, 0, -1));
+    EXPECT_FALSE(group->Draw(&nowhere));
+    group->UpdateObject(0.2);
+    EXPECT_EQ(1u, group->GetSimulator(0).GetCount()) << "culled: not stepped";
+    ASSERT_EQ(2u, group->GetSimulator(1).GetCount()) << "UpdateWhenCulled: stepped";
+    ExpectNear(LxVector3(1, 0, 0), group->GetSimulator(1).GetData()[1].position, "the curve at 0.1 s");
+
+    EXPECT_TRUE(group->Draw(nullptr));
+    group->UpdateObject(0.3);
+    EXPECT_EQ(2u, group->GetSimulator(0).GetCount());
+    EXPECT_NEAR(0.2f, group->GetSimulator(0).GetTime(), 1e-6f) << "the culled time is not made up";
 }
