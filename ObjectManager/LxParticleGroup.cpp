@@ -1,6 +1,11 @@
 #include "ObjectManager/LxParticleGroup.h"
 
+#include "Common/LxArchive.h"
+#include "Common/LxFile.h"
+#include "Common/LxImageData2D.h"
+#include "Common/LxImageIO.h"
 #include "Common/LxLogManager.h"
+#include "Common/LxMemoryBuffer.h"
 #include "Common/LxQuat.h"
 #include "EffectManager/LxEffectManager.h"
 #include "GPUResourceManager/LxGPUResourceManager.h"
@@ -17,6 +22,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <memory>
 
 namespace
 {
@@ -84,6 +90,35 @@ private:
     const LxAnimationSet& m_set;
 };
 
+// A PNG of the particle archive as a 2D RGBA8 texture (grey becomes grey, a missing alpha opaque); null after
+// logging when the file cannot be read or decoded, or the resource manager makes nothing.
+LxCountedPtr<LxGPUTexture2DArray> LoadParticleTexture(const LxArchive& archive, const LxString& file)
+{
+    std::unique_ptr<LxFile> in(archive.OpenFile(file, "rb"));
+    LxCountedPtr<LxMemoryBuffer> bytes(in ? LxFile::ReadFileToMemoryBuffer(*in) : nullptr);
+    LxImageData2D image;
+    if (!bytes || !LxImageIO::LoadPNGFromMemory(bytes->GetData(), bytes->GetSize(), file, &image) ||
+        image.GetNumChannels() < 1 || image.GetNumChannels() > 4)
+        return LxCountedPtr<LxGPUTexture2DArray>();
+    const unsigned width = image.GetWidth(), height = image.GetHeight(), channels = image.GetNumChannels();
+    LxCountedPtr<LxMemoryBuffer> texels(LxMemoryBuffer::Allocate(width * height * 4));
+    unsigned char* out = texels->GetData();
+    auto byte = [](double v) { return static_cast<unsigned char>(v <= 0.0 ? 0 : v >= 1.0 ? 255 : v * 255.0 + 0.5); };
+    for (unsigned y = 0; y < height; ++y)
+        for (unsigned x = 0; x < width; ++x, out += 4)
+        {
+            const double* p = image.GetPixel(x, y);
+            const bool grey = channels < 3;
+            out[0] = byte(p[0]);
+            out[1] = byte(grey ? p[0] : p[1]);
+            out[2] = byte(grey ? p[0] : p[2]);
+            out[3] = channels == 2 ? byte(p[1]) : channels == 4 ? byte(p[3]) : 255;
+        }
+    return LxGPUResourceManager::GetRef().CreateTexture2DArray(LxGPUResource::GPU_RESOURCE_STATIC, width, height,
+                                                               LX_FORMAT_R8G8B8A8_UNORM, LxGPUTexture::MIP_NONE, 1, 1,
+                                                               LxGPUResource::BIND_SHADER_RESOURCE, 0, texels, file);
+}
+
 // Loads each system's effect through the effect manager while the file is built.
 class EffectLoadingBuilder : public LxParticleBuilder
 {
@@ -101,6 +136,18 @@ public:
         loaded.Add(Loaded{effectFile, effect});
         return true;
     }
+    // Each file of the archive is made a texture once, whichever systems use it.
+    bool CreateTexture(const LxArchive& archive, const LxString& file, const LxParticleSystemDesc&) override
+    {
+        for (const LxParticleGroup::TextureFile& t : textures)
+            if (t.file == file)
+                return true;
+        LxCountedPtr<LxGPUTexture2DArray> texture = LoadParticleTexture(archive, file);
+        if (!texture)
+            return false;
+        textures.Add(LxParticleGroup::TextureFile{file, texture});
+        return true;
+    }
     LxCountedPtr<LxEffect> Find(const LxString& file) const
     {
         for (const Loaded& l : loaded)
@@ -115,6 +162,7 @@ public:
         LxCountedPtr<LxEffect> effect;
     };
     LxArray<Loaded> loaded;
+    LxArray<LxParticleGroup::TextureFile> textures;
 };
 } // namespace
 
@@ -134,17 +182,18 @@ LxParticleGroup* LxParticleGroup::Create(const LxString& name, const LxString& p
         group->m_animations.AddCurvesFromSet(*animations);
     LxParticleGroupDesc* desc = nullptr;
     LxArray<LxCountedPtr<LxEffect>> effects;
-    if (!group->Load(path, group->m_animations, &desc, effects))
+    LxArray<TextureFile> textures;
+    if (!group->Load(path, group->m_animations, &desc, effects, textures))
     {
         delete group;
         return nullptr;
     }
-    group->Adopt(desc, effects);
+    group->Adopt(desc, effects, textures);
     return group;
 }
 
 bool LxParticleGroup::Load(const LxString& path, LxAnimationSet& animations, LxParticleGroupDesc** desc,
-                           LxArray<LxCountedPtr<LxEffect>>& effects) const
+                           LxArray<LxCountedPtr<LxEffect>>& effects, LxArray<TextureFile>& textures) const
 {
     CurveSetAdapter adapter(animations);
     EffectLoadingBuilder builder;
@@ -154,11 +203,13 @@ bool LxParticleGroup::Load(const LxString& path, LxAnimationSet& animations, LxP
         return false;
     for (unsigned int i = 0; i < loaded->GetSystemCount(); ++i)
         effects.Add(builder.Find(loaded->GetSystem(i).GetEffectFile()));
+    textures = builder.textures;
     *desc = loaded;
     return true;
 }
 
-void LxParticleGroup::Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPtr<LxEffect>>& effects)
+void LxParticleGroup::Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPtr<LxEffect>>& effects,
+                            const LxArray<TextureFile>& textures)
 {
     DeleteSystems();
     delete m_pDesc;
@@ -173,10 +224,34 @@ void LxParticleGroup::Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPt
         s.framesSkipped = 0;
         s.pendingTime = 0.0f;
         s.stepsSinceBounds = 0;
+        BindTextures(s, desc->GetSystem(i), textures);
         m_systems.Add(s);
     }
     m_bHaveTime = false;
     RefreshBounds();
+}
+
+void LxParticleGroup::BindTextures(System& s, const LxParticleSystemDesc& desc, const LxArray<TextureFile>& textures)
+{
+    if (!s.effect)
+        return;
+    for (unsigned int t = 0; t < desc.GetTextureSetCount(); ++t)
+    {
+        const LxParticleTextureSet& set = desc.GetTextureSet(t);
+        for (unsigned int i = 0; i < set.GetSlotCount(); ++i)
+        {
+            const LxTextureSlot* slot = s.effect->GetTextureSlot(set.GetSlot(i).slot);
+            if (!slot)
+            {
+                LX_WARNING("LxParticleGroup.  The effect of particle system %s has no texture slot %s; %s is not bound",
+                           desc.GetName().c_str(), set.GetSlot(i).slot.c_str(), set.GetSlot(i).file.c_str());
+                continue;
+            }
+            for (const TextureFile& f : textures)
+                if (f.file == set.GetSlot(i).file && f.texture)
+                    s.textures.Add(TextureBinding{slot, slot->CreateView(*f.texture)});
+        }
+    }
 }
 
 void LxParticleGroup::DeleteSystems()
@@ -207,11 +282,12 @@ bool LxParticleGroup::Reload(const LxString& path)
     animations.AddCurvesFromSet(m_animations);
     LxParticleGroupDesc* desc = nullptr;
     LxArray<LxCountedPtr<LxEffect>> effects;
-    if (!Load(path, animations, &desc, effects))
+    LxArray<TextureFile> textures;
+    if (!Load(path, animations, &desc, effects, textures))
         return false;
     m_animations.Clear();
     m_animations.AddCurvesFromSet(animations);
-    Adopt(desc, effects);
+    Adopt(desc, effects, textures);
     NotifyListenersOfReload();
     return true;
 }
@@ -402,6 +478,8 @@ bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVect
     if (effect.GetNumVertexStreamDecls() > 0)
         effect.BindVertexBuffer(effect.GetVertexStreamDecl(0u), s.buffer);
     ApplyEffectParameters(s);
+    for (const TextureBinding& b : s.textures)
+        effect.BindTexture(b.slot, b.view);
     LxEffectTechnique* technique = effect.FindTechnique(0);
     unsigned int passes = 0;
     if (!technique || !effect.Begin(technique, &passes))

@@ -18,6 +18,12 @@
 // manager ("Unable to load particle shader: <file>" when one cannot be loaded) and whose curves go to the group's
 // animation set (keyframed parameters are exported there; curves given to Create are added first).
 //
+// Textures: each file the systems' texture sets name ("Texture Diffuse { tDiffuse "flame.png" }", after the archive's
+// "texturemapping.txt") is a PNG of the archive, made once per group into an RGBA8 2D texture through the resource
+// manager (a file that cannot be read, decoded or created fails the load: "Could not create texture for particle
+// system ..."), and bound at every draw to the effect's texture slot of the name the set gives (a slot the effect
+// lacks is reported once, when the group is made, and skipped).
+//
 // Ownership: the group owns its description, simulators and animation set; effects and the vertex buffer are shared
 // references. Create returns a new group (the caller registers or deletes it), or null after logging. Frame thread.
 #pragma once
@@ -28,12 +34,14 @@
 #include "Common/LxMatrix4.h"
 #include "Common/LxString.h"
 #include "EffectManager/LxEffect.h"
+#include "GPUResourceManager/LxGPUTexture2DArray.h"
 #include "GPUResourceManager/LxGPUVertexBuffer.h"
 #include "ObjectManager/LxAnimationSet.h"
 #include "ObjectManager/LxObject.h"
 #include "ParticleSystem/LxParticleSimulator.h"
 
 class LxParticleGroupDesc;
+class LxParticleSystemDesc;
 
 class LX_API LxParticleGroup : public LxObject
 {
@@ -84,7 +92,19 @@ public:
     const LxString& GetParticleFile() const { return m_file; }
     long long GetTimeStamp() const { return m_nStamp; }
 
+    // A texture file of the particle archive, made once for the whole group.
+    struct TextureFile
+    {
+        LxString file;
+        LxCountedPtr<LxGPUTexture2DArray> texture;
+    };
+
 private:
+    struct TextureBinding
+    {
+        const LxTextureSlot* slot;
+        LxCountedPtr<LxGPUSamplingResourceView> view;
+    };
     struct System
     {
         LxParticleSimulator* simulator;
@@ -96,13 +116,17 @@ private:
         float pendingTime;
         unsigned int stepsSinceBounds;
         LxBoundingBox bounds;
+        LxArray<TextureBinding> textures;
     };
 
     explicit LxParticleGroup(const LxString& name);
     // Builds the description and effects for `path` into the out-parameters; false after logging.
     bool Load(const LxString& path, LxAnimationSet& animations, LxParticleGroupDesc** desc,
-              LxArray<LxCountedPtr<LxEffect>>& effects) const;
-    void Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPtr<LxEffect>>& effects);
+              LxArray<LxCountedPtr<LxEffect>>& effects, LxArray<TextureFile>& textures) const;
+    void Adopt(LxParticleGroupDesc* desc, const LxArray<LxCountedPtr<LxEffect>>& effects,
+               const LxArray<TextureFile>& textures);
+    // Views of the textures on the effect's slots named by the system's texture sets.
+    void BindTextures(System& system, const LxParticleSystemDesc& desc, const LxArray<TextureFile>& textures);
     void DeleteSystems();
     void StepSystem(System& system, float dt);
     void RefreshBounds();
