@@ -32,7 +32,7 @@ namespace
 constexpr UINT kSize = 64;
 const wchar_t kWindowClass[] = L"LxD3D12ViewTestWindow";
 // The upload ring the render manager is told about; the resource manager must take it.
-const unsigned long long kUploadHeapSize = 12 * 1024 * 1024;
+const unsigned long long kViewUploadHeapSize = 12 * 1024 * 1024;
 
 // A full-screen triangle whose texture coordinates follow the screen (0,0 top left), sampled with point filtering.
 const char* const kSampleSource = R"hlsl(
@@ -63,7 +63,7 @@ const Rgba kBlue = {0, 0, 255, 255};
 const Rgba kWhite = {255, 255, 255, 255};
 const Rgba kGrey = {51, 102, 153, 255};
 
-LxD3D12GPUResourceManager* Manager()
+LxD3D12GPUResourceManager* ViewManager()
 {
     return LxD3D12GPUResourceManager::GetD3D12Ptr();
 }
@@ -109,7 +109,7 @@ protected:
         if (!s_window->Create(kWindowClass, kSize, kSize))
             return;
         LxD3D12RenderManager::CreationDesc desc = LxD3D12Test::MakeRenderManagerDesc(s_window->Handle(), kSize);
-        desc.uploadHeapSize = kUploadHeapSize;
+        desc.uploadHeapSize = kViewUploadHeapSize;
         if (!LxD3D12RenderManager::Init(desc))
             return;
         s_rm = LxD3D12RenderManager::GetD3D12Ptr();
@@ -132,8 +132,8 @@ protected:
     void SetUp() override
     {
         ASSERT_NE(s_rm, nullptr) << "render manager creation failed";
-        ASSERT_NE(Manager(), nullptr) << "the Direct3D 12 resource manager is not the singleton";
-        ASSERT_NE(Manager()->GetDevice(), nullptr) << "resource manager initialisation failed";
+        ASSERT_NE(ViewManager(), nullptr) << "the Direct3D 12 resource manager is not the singleton";
+        ASSERT_NE(ViewManager()->GetDevice(), nullptr) << "resource manager initialisation failed";
         ASSERT_NE(s_sample, nullptr) << s_errors;
         ASSERT_NE(s_sampleArray, nullptr) << s_errors;
         s_rm->SetClearColor(kGrey[0] / 255.0f, kGrey[1] / 255.0f, kGrey[2] / 255.0f, 1.0f);
@@ -177,7 +177,7 @@ protected:
         ASSERT_TRUE(LxD3D12GPUResourceManager::ResolveView(view, &source));
         D3D12_CPU_DESCRIPTOR_HANDLE cpu = {};
         D3D12_GPU_DESCRIPTOR_HANDLE gpu = {};
-        ASSERT_TRUE(Manager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV, 1, &cpu, &gpu));
+        ASSERT_TRUE(ViewManager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV, 1, &cpu, &gpu));
         s_rm->GetDevice()->CopyDescriptorsSimple(1, cpu, source, D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV);
         ID3D12GraphicsCommandList* list = s_rm->GetCurrentD3D12CommandList();
         ASSERT_NE(list, nullptr);
@@ -210,18 +210,18 @@ std::string D3D12Views::s_errors;
 
 TEST_F(D3D12Views, ResourceManagerSharesTheRenderManagersShaderVisibleHeaps)
 {
-    EXPECT_TRUE(Manager()->IsSharingRenderManagerHeaps());
-    EXPECT_EQ(Manager()->GetUploadHeap().GetCapacity(), kUploadHeapSize);
-    EXPECT_EQ(Manager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV),
+    EXPECT_TRUE(ViewManager()->IsSharingRenderManagerHeaps());
+    EXPECT_EQ(ViewManager()->GetUploadHeap().GetCapacity(), kViewUploadHeapSize);
+    EXPECT_EQ(ViewManager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV),
               s_rm->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV));
-    EXPECT_EQ(Manager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER),
+    EXPECT_EQ(ViewManager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER),
               s_rm->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER));
-    EXPECT_EQ(Manager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_RTV), nullptr);
+    EXPECT_EQ(ViewManager()->GetFrameHeap(D3D12_DESCRIPTOR_HEAP_TYPE_RTV), nullptr);
     // The heaps views live in are not shader-visible (so descriptors can be copied out of them).
-    EXPECT_EQ(Manager()->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV).GetGPUHandle(0).ptr, 0u);
+    EXPECT_EQ(ViewManager()->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV).GetGPUHandle(0).ptr, 0u);
     D3D12_CPU_DESCRIPTOR_HANDLE cpu = {};
     D3D12_GPU_DESCRIPTOR_HANDLE gpu = {};
-    ASSERT_TRUE(Manager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER, 2, &cpu, &gpu));
+    ASSERT_TRUE(ViewManager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER, 2, &cpu, &gpu));
     const D3D12_CPU_DESCRIPTOR_HANDLE start =
         s_rm->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_SAMPLER)->GetCPUDescriptorHandleForHeapStart();
     EXPECT_GE(cpu.ptr, start.ptr);
@@ -436,7 +436,7 @@ TEST_F(D3D12Views, EveryViewKindTheResourcesAllowResolvesToItsOwnDescriptor)
 
 TEST_F(D3D12Views, ViewsGiveTheirSlotBackAndForeignViewsDoNotResolve)
 {
-    LxD3D12DescriptorHeap& heap = Manager()->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV);
+    LxD3D12DescriptorHeap& heap = ViewManager()->GetDescriptorHeap(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV);
     // Allocation retires the frames the GPU has finished: after a few frames, slots freed before this test are back.
     auto settle = [&]()
     {
@@ -488,12 +488,12 @@ TEST_F(D3D12Views, FrameDescriptorRequestsThatCannotBeMetAreReported)
     D3D12_CPU_DESCRIPTOR_HANDLE cpu = {};
     D3D12_GPU_DESCRIPTOR_HANDLE gpu = {};
     LxTest::LogCapture log;
-    EXPECT_FALSE(Manager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV, 65, &cpu, &gpu));
+    EXPECT_FALSE(ViewManager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV, 65, &cpu, &gpu));
     EXPECT_EQ(1, log.Count("LxD3D12GPUResourceManager::AllocateFrameDescriptors.  The shader-visible heap has no "
                            "room for 65 more descriptors in this frame.",
                            LX_LOG_ERROR))
         << log.All();
-    EXPECT_FALSE(Manager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_RTV, 1, &cpu, &gpu));
+    EXPECT_FALSE(ViewManager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_RTV, 1, &cpu, &gpu));
     EXPECT_EQ(1, log.Count("LxD3D12GPUResourceManager::AllocateFrameDescriptors.  Only CBV/SRV/UAV and sampler "
                            "descriptors are shader-visible.",
                            LX_LOG_ERROR))
@@ -535,12 +535,12 @@ TEST_F(D3D12Views, ManyRealFramesRecycleUploadsAndFrameDescriptorsBehindTheFence
             const unsigned size = 700000 + ((frame * 7 + b * 13) % 40) * 9973;
             const unsigned seed = frame * 16 + b;
             LxUploadAllocation upload;
-            ASSERT_TRUE(Manager()->GetUploadHeap().Allocate(size, 16, &upload)) << "frame " << frame;
+            ASSERT_TRUE(ViewManager()->GetUploadHeap().Allocate(size, 16, &upload)) << "frame " << frame;
             unsigned char* cpu = upload.GetCPUAddress();
             for (unsigned i = 0; i < size; ++i)
                 cpu[i] = static_cast<unsigned char>((seed * 31 + i * 7) >> 2);
             const unsigned long long at = (written % (destinationSize - largestBlock)) & ~15ull;
-            list->CopyBufferRegion(destination.Get(), at, Manager()->GetUploadHeap().GetResource(), upload.offset,
+            list->CopyBufferRegion(destination.Get(), at, ViewManager()->GetUploadHeap().GetResource(), upload.offset,
                                    size);
             // Later frames overwrite earlier blocks' destinations: only the last block at each place counts.
             blocks.push_back({at, size, seed});
@@ -552,7 +552,7 @@ TEST_F(D3D12Views, ManyRealFramesRecycleUploadsAndFrameDescriptorsBehindTheFence
             D3D12_CPU_DESCRIPTOR_HANDLE cpu = {};
             D3D12_GPU_DESCRIPTOR_HANDLE gpu = {};
             ASSERT_TRUE(
-                Manager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV, rangeSize, &cpu, &gpu))
+                ViewManager()->AllocateFrameDescriptors(D3D12_DESCRIPTOR_HEAP_TYPE_CBV_SRV_UAV, rangeSize, &cpu, &gpu))
                 << "frame " << frame << ": " << log.All();
             const std::pair<UINT64, UINT64> range(cpu.ptr, cpu.ptr + UINT64(rangeSize) * increment);
             // With two frames in flight, the previous frame may still be running while this one records.
@@ -567,17 +567,17 @@ TEST_F(D3D12Views, ManyRealFramesRecycleUploadsAndFrameDescriptorsBehindTheFence
     }
     EXPECT_EQ(overlaps, 0u);
     EXPECT_EQ(log.ErrorCount(), 0) << log.All();
-    EXPECT_GT(written, 3 * Manager()->GetUploadHeap().GetCapacity()) << "the ring must wrap several times";
+    EXPECT_GT(written, 3 * ViewManager()->GetUploadHeap().GetCapacity()) << "the ring must wrap several times";
 
     // Read the destination back after the frames and compare the blocks nothing overwrote later.
     LxD3D12ReadbackBuffer readback;
     ASSERT_TRUE(readback.Create(s_rm->GetDevice(), destinationSize));
     {
-        LxMutex::ScopedLock lock(Manager()->GetImmediateLock());
-        ID3D12GraphicsCommandList* list = Manager()->BeginImmediate();
+        LxMutex::ScopedLock lock(ViewManager()->GetImmediateLock());
+        ID3D12GraphicsCommandList* list = ViewManager()->BeginImmediate();
         ASSERT_NE(list, nullptr);
         list->CopyBufferRegion(readback.GetResource(), 0, destination.Get(), 0, destinationSize);
-        ASSERT_TRUE(Manager()->ExecuteImmediate());
+        ASSERT_TRUE(ViewManager()->ExecuteImmediate());
     }
     const unsigned char* mapped = readback.Map();
     ASSERT_NE(mapped, nullptr);
@@ -709,8 +709,8 @@ TEST_F(D3D12Views, AppendViewsOfStructuredBuffersCarryACounterThatCanBeSet)
     LxD3D12ReadbackBuffer readback;
     ASSERT_TRUE(readback.Create(s_rm->GetDevice(), 4));
     {
-        LxMutex::ScopedLock lock(Manager()->GetImmediateLock());
-        ID3D12GraphicsCommandList* list = Manager()->BeginImmediate();
+        LxMutex::ScopedLock lock(ViewManager()->GetImmediateLock());
+        ID3D12GraphicsCommandList* list = ViewManager()->BeginImmediate();
         ASSERT_NE(list, nullptr);
         ASSERT_TRUE(d3d12->SetCounter(list, 7));
         ID3D12Resource* counter = d3d12->GetCounterResource();
@@ -721,7 +721,7 @@ TEST_F(D3D12Views, AppendViewsOfStructuredBuffersCarryACounterThatCanBeSet)
         barrier =
             LxD3D12TransitionBarrier(counter, D3D12_RESOURCE_STATE_COPY_SOURCE, D3D12_RESOURCE_STATE_UNORDERED_ACCESS);
         list->ResourceBarrier(1, &barrier);
-        ASSERT_TRUE(Manager()->ExecuteImmediate());
+        ASSERT_TRUE(ViewManager()->ExecuteImmediate());
     }
     const unsigned char* mapped = readback.Map();
     ASSERT_NE(mapped, nullptr);
