@@ -249,7 +249,7 @@ void LxParticleGroup::BindTextures(System& s, const LxParticleSystemDesc& desc, 
             }
             for (const TextureFile& f : textures)
                 if (f.file == set.GetSlot(i).file && f.texture)
-                    s.textures.Add(TextureBinding{slot, slot->CreateView(*f.texture)});
+                    s.textures.Add(TextureBinding{slot, f.texture});
         }
     }
 }
@@ -478,8 +478,10 @@ bool LxParticleGroup::DrawSystem(System& s, const LxVector3& right, const LxVect
     if (effect.GetNumVertexStreamDecls() > 0)
         effect.BindVertexBuffer(effect.GetVertexStreamDecl(0u), s.buffer);
     ApplyEffectParameters(s);
+    // The view is asked of the slot at each draw, not kept from load time: a kept view need not resolve to a
+    // descriptor any more when the frame binds it, and the resource answers with a current one.
     for (const TextureBinding& b : s.textures)
-        effect.BindTexture(b.slot, b.view);
+        effect.BindTexture(b.slot, b.slot->CreateView(*b.texture));
     LxEffectTechnique* technique = effect.FindTechnique(0);
     unsigned int passes = 0;
     if (!technique || !effect.Begin(technique, &passes))

@@ -103,7 +103,7 @@ private:
     struct TextureBinding
     {
         const LxTextureSlot* slot;
-        LxCountedPtr<LxGPUSamplingResourceView> view;
+        LxCountedPtr<LxGPUTexture2DArray> texture;
     };
     struct System
     {

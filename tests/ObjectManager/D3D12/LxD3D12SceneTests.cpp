@@ -8,6 +8,7 @@
 #include "../LxSceneTestUtil.h"
 
 #include "Common/LxImageData2D.h"
+#include "Common/LxImageIO.h"
 #include "Common/LxVector2.h"
 #include "EffectManager/D3D12/LxD3D12EffectManager.h"
 #include "GPUResourceManager/D3D12/LxD3D12GPUResourceManager.h"
@@ -398,5 +399,70 @@ TEST_F(D3D12SceneTest, ParticleGroupAfterFixedStepsMatchesItsParticles)
         }
     EXPECT_GT(compared, kSize * kSize * 3 / 4);
     EXPECT_EQ(mismatched, 0u) << "of " << compared << " pixels compared";
+    EXPECT_EQ(log.ErrorCount(), 0) << log.All();
+}
+
+TEST_F(D3D12SceneTest, ParticleTexturesComeFromTheArchiveThroughTheMapping)
+{
+    LxTest::LogCapture log;
+    // The billboard effect with its colour multiplied by the texture on slot tDiffuse, read at its nearest texel.
+    Write("textured.fx",
+          "Matrix mWorld < AppUpdate = \"WorldTransform\" >\n"
+          "Matrix mViewProj < AppUpdate = \"ViewProjMatrix\" >\n"
+          "Texture2D tDiffuse < >\n"
+          "Sampler sPoint { Texture = tDiffuse; Filter = MIN_MAG_MIP_POINT; AddressU = CLAMP; AddressV = CLAMP; }\n"
+          "Stream Corners { float3 POSITION, float4 COLOR, float2 TEXCOORD }\n"
+          "StreamMap Map { Corners }\n"
+          "Technique Draw\n{\n  Pass P\n  {\n    StreamMap = Map\n"
+          "    VertexShader()\n"
+          "      cbuffer Place { float4x4 mWorld; float4x4 mViewProj; };\n"
+          "      struct Out { float4 position : SV_Position; float4 color : COLOR; float2 uv : TEXCOORD0; };\n"
+          "      Out main(float3 p : POSITION, float4 color : COLOR, float2 uv : TEXCOORD)\n"
+          "      {\n"
+          "        Out o;\n"
+          "        o.position = mul(mViewProj, mul(mWorld, float4(p, 1.0)));\n"
+          "        o.color = color;\n"
+          "        o.uv = uv;\n"
+          "        return o;\n"
+          "      }\n"
+          "    EndVertexShader\n"
+          "    PixelShader()\n"
+          "      Texture2D tDiffuse;\n"
+          "      SamplerState sPoint;\n"
+          "      float4 main(float4 position : SV_Position, float4 color : COLOR, float2 uv : TEXCOORD0) : SV_Target\n"
+          "      {\n"
+          "        return color * tDiffuse.Sample(sPoint, uv);\n"
+          "      }\n"
+          "    EndPixelShader\n  }\n}\n");
+    // One particle of size 2 at the origin; the file names "flame.png", the mapping sends it to "sheet.png".
+    Write("flame/particleFile.txt", "Lumex Particle Editor Project 1.0\n"
+                                    "ParticleSystem GPUBillboard Flame Effect \"textured.fx\"\n"
+                                    "  Texture Diffuse { tDiffuse \"flame.png\" }\n"
+                                    "  Emitter Shape E Rate Param Fixed 10 MaxParticles 1 Life Param Fixed 10\n"
+                                    "    Size Param Fixed 2 EndEmitter\n"
+                                    "EndParticleSystem\n");
+    Write("flame/texturemapping.txt", "flame.png = sheet.png\n");
+    // 2 x 2 texels: red, green / blue, white.
+    LxImageData2D sheet;
+    sheet.Allocate(2, 2, 4);
+    const double texels[4][4] = {{1, 0, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}, {1, 1, 1, 1}};
+    for (unsigned i = 0; i < 4; ++i)
+        for (unsigned c = 0; c < 4; ++c)
+            sheet.GetPixel(i % 2, i / 2)[c] = texels[i][c];
+    ASSERT_TRUE(LxImageIO::SavePNG((s_dir + "/flame/sheet.png").c_str(), sheet));
+
+    LxParticleGroup* flame = LxObjectManager::GetRef().CreateParticleGroup("flame", "flame");
+    ASSERT_NE(flame, nullptr) << log.All();
+    flame->UpdateObject(0.0);
+    flame->UpdateObject(0.1);
+    ASSERT_EQ(flame->GetSimulator(0).GetCount(), 1u);
+    const LxImageData2D image = DrawScene(false);
+    // The quad's quarters, half way out from its centre along the camera's axes, show the four texels.
+    const LxVector3 right = m_camera->GetRight() * 0.5f, up = m_camera->GetUp() * 0.5f;
+    ExpectPixel(image, Project(up - right), {255, 0, 0, 255}, "top left");
+    ExpectPixel(image, Project(up + right), {0, 255, 0, 255}, "top right");
+    ExpectPixel(image, Project(-up - right), {0, 0, 255, 255}, "bottom left");
+    ExpectPixel(image, Project(-up + right), {255, 255, 255, 255}, "bottom right");
+    ExpectPixel(image, Project(right * 4.0f), kClear, "outside the quad");
     EXPECT_EQ(log.ErrorCount(), 0) << log.All();
 }
