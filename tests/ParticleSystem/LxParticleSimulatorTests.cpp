@@ -11,11 +11,9 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <memory>
-#include <vector>
 
 using LxPxTest::Parse;
 
@@ -183,114 +181,65 @@ public:
     bool AddCurve(const LxString&, const LxParticleKeyFrameChannel&) override { return true; }
     bool EvaluateTransform(const LxString& curve, float time, LxMatrix4* out) const override
     {
-        if (curve == "lift")
-            out->MakeTranslation(0, 1, 0);
-        else if (curve == "slide" || curve == "S.E.transform")
-            out->MakeTranslation(2.0f * time, 0, 0);
-        else
+        const bool lift = curve == "lift";
+        if (!lift && curve != "slide" && curve != "S.E.transform")
             return false;
+        out->MakeTranslation(lift ? 0.0f : 2.0f * time, lift ? 1.0f : 0.0f, 0.0f);
         return true;
     }
 };
-
-// The camera at (5, 0, 0) looking down -x, its right along +z.
-LxMatrix4 SideCamera()
-{
-    LxMatrix4 camera;
-    camera.SetColumn(0, LxVector4(0, 0, 1, 0));
-    camera.SetColumn(1, LxVector4(0, 1, 0, 0));
-    camera.SetColumn(2, LxVector4(-1, 0, 0, 0));
-    camera.SetColumn(3, LxVector4(5, 0, 0, 1));
-    return camera;
-}
 } // namespace
 
 TEST(LxParticleSimulator, TransformsPlaceNewParticles)
 {
-    // One particle per 0.1 s step, born at the emitter's point (1, 0, 0) with velocity (1, 0, 0) before the
-    // transforms; the expected values are where the first particle is after one step of 0.1 s.
+    // A particle born at the emitter's point (1, 0, 0) with velocity (1, 0, 0) before the transforms, where it is
+    // after one step of 0.1 s. `system` is the system's transform, `emitter` the emitter's (type and items).
     struct Case
     {
-        const char* what;
-        const char* system;  // the system's own sections
-        const char* emitter; // the emitter's transform
-        LxVector3 position;
-        LxVector3 velocity;
+        const char *what, *system, *emitter;
+        LxVector3 position, velocity;
     };
     const Case cases[] = {
-        {"none", "", "", {1.1f, 0, 0}, {1, 0, 0}},
         // Scale (2, 0, 0), turn a quarter about z (0, 2, 0), move (0, 4, 0); the velocity only scales and turns.
-        {"first item outermost",
-         "",
-         "Transform World Translation 0 2 0 Rotation 0 0 90 Scale 2 2 2 EndTransform",
-         {0, 4.2f, 0},
-         {0, 2, 0}},
-        {"written order", "", "Transform World Scale 2 2 2 Translation 0 2 0 EndTransform", {2.2f, 4, 0}, {2, 0, 0}},
-        {"rotation x then y", "", "Transform World Rotation 90 90 0 EndTransform", {0, 0, -1.1f}, {0, 0, -1}},
-        {"shear", "", "Transform World Translation 0 1 1 Shear 1 2 3 EndTransform", {1.1f, 1, 1}, {1, 0, 0}},
-        {"shear of y and z", "", "Transform World Shear 1 2 3 Translation 0 1 1 EndTransform", {4.1f, 4, 1}, {1, 0, 0}},
+        {"first outermost", "", "World Translation 0 2 0 Rotation 0 0 90 Scale 2 2 2", {0, 4.2f, 0}, {0, 2, 0}},
+        {"written order", "", "World Scale 2 2 2 Translation 0 2 0", {2.2f, 4, 0}, {2, 0, 0}},
+        {"rotation x then y", "", "World Rotation 90 90 0", {0, 0, -1.1f}, {0, 0, -1}},
+        {"shear", "", "World Shear 1 2 3 Translation 0 1 1", {4.1f, 4, 1}, {1, 0, 0}},
         // (1, 0, 0) in the camera's frame is its right: (5, 0, 1); ahead 3 is 3 further down -x.
-        {"camera", "", "Transform Camera Translation 0 0 3 EndTransform", {2, 0, 1.1f}, {0, 0, 1}},
-        {"world axes at the camera",
-         "",
-         "Transform WorldRotCamPos Translation 0 0 3 EndTransform",
-         {6.1f, 0, 3},
-         {1, 0, 0}},
+        {"camera", "", "Camera Translation 0 0 3", {2, 0, 1.1f}, {0, 0, 1}},
+        {"world axes at the camera", "", "WorldRotCamPos Translation 0 0 3", {6.1f, 0, 3}, {1, 0, 0}},
         {"system over emitter",
-         "Transform World Translation 10 0 0 Rotation 0 0 90 EndTransform",
-         "Transform World Translation 0 1 0 EndTransform",
+         "World Translation 10 0 0 Rotation 0 0 90",
+         "World Translation 0 1 0",
          {9, 1.1f, 0},
          {0, 1, 0}},
-        {"camera system", "Transform Camera Translation 0 0 0 EndTransform", "", {5, 0, 1.1f}, {0, 0, 1}},
         // Curves are read at the system's time (0 at the first step) plus the offset: slide 2 * 0.5.
-        {"animation item",
-         "",
-         "Transform World Animation \"slide\" \"lift\" 0.5 EndTransform",
-         {2.1f, 1, 0},
-         {1, 0, 0}},
-        {"animated by the element's curve",
-         "",
-         "Transform Animation Scale 3 3 3 EndTransform",
-         {3.3f, 0, 0},
-         {3, 0, 0}},
+        {"animation item", "", "World Animation \"slide\" \"lift\" 0.5", {2.1f, 1, 0}, {1, 0, 0}},
+        {"element's curve", "", "Animation Scale 3 3 3", {3.3f, 0, 0}, {3, 0, 0}},
     };
     SlideCurves curves;
+    auto transform = [](const std::string& t) { return t.empty() ? t : "Transform " + t + " EndTransform\n"; };
     for (const Case& c : cases)
     {
         LxParticleBuilder builder;
         builder.SetAnimationSet(&curves);
-        auto group = LxPxTest::Parse(std::string("Lumex Particle Editor Project 1.0\n"
-                                                 "ParticleSystem GPUBillboard S Effect \"p.fx\" ") +
-                                         c.system +
-                                         "\nEmitter Shape E Rate Param Fixed 10 Velocity Param Fixed 1 0 0\n"
-                                         "  Shape Point Center 1 0 0 EndShape " +
-                                         c.emitter + " EndEmitter EndParticleSystem\n",
-                                     "test.txt", &builder);
+        auto group =
+            LxPxTest::Parse("Lumex Particle Editor Project 1.0\nParticleSystem GPUBillboard S\n" + transform(c.system) +
+                                "Emitter Shape E Rate Param Fixed 10 Velocity Param Fixed 1 0 0\n"
+                                "  Shape Point Center 1 0 0 EndShape " +
+                                transform(c.emitter) + " EndEmitter EndParticleSystem\n",
+                            "test.txt", &builder);
         ASSERT_TRUE(group) << c.what;
         LxParticleSimulator sim(group->GetSystem(0), 1);
         sim.SetCurveSource(&curves);
-        sim.SetCamera(SideCamera());
+        // The camera at (5, 0, 0) looking down -x, its right along +z.
+        const float camera[16] = {0, 0, 1, 0, 0, 1, 0, 0, -1, 0, 0, 0, 5, 0, 0, 1};
+        sim.SetCamera(LxMatrix4(camera));
         sim.Step(0.1f);
         ASSERT_EQ(1u, sim.GetCount()) << c.what;
         ExpectNear(c.position, sim.GetData()[0].position, c.what);
         ExpectNear(c.velocity, sim.GetData()[0].velocity, c.what);
     }
-
-    // Animated placements move with time: the second particle is born 0.1 s later, 0.2 further along.
-    LxParticleBuilder builder;
-    builder.SetAnimationSet(&curves);
-    auto group = LxPxTest::Parse("Lumex Particle Editor Project 1.0\nParticleSystem GPUBillboard S\n"
-                                 "Emitter Shape E Rate Param Fixed 10 Transform World Animation \"slide\" 0 "
-                                 "EndTransform EndEmitter EndParticleSystem\n",
-                                 "test.txt", &builder);
-    ASSERT_TRUE(group);
-    LxParticleSimulator sim(group->GetSystem(0), 1);
-    sim.Step(0.1f);
-    sim.SetCurveSource(&curves);
-    sim.Step(0.1f);
-    ASSERT_EQ(2u, sim.GetCount());
-    ExpectNear(LxVector3(), sim.GetData()[0].position, "no curve source: identity");
-    ExpectNear(LxVector3(0.2f, 0, 0), sim.GetData()[1].position, "slid");
 }
 
 TEST(LxParticleSimulator, ActionsWorkInTheirTransformedFrame)
@@ -315,43 +264,31 @@ TEST(LxParticleSimulator, ActionsWorkInTheirTransformedFrame)
 
 TEST(LxParticleSimulator, SortedQuadsAndTextureTiles)
 {
-    // One particle per 0.25 s moving along x at 1/s, living 1 s: after four steps the oldest has just died and
-    // the others are at x = 0.75, 0.5, 0.25 in birth order, aged as far as they moved.
-    const char* emitter = "Emitter Shape E Rate Param Fixed 4 Life Param Fixed 1 Velocity Param Fixed 1 0 0 "
-                          "Size Param Fixed 0.1 EndEmitter";
-    auto center = [](const LxArray<LxParticleSimulator::Vertex>& v, unsigned int quad)
-    { return 0.5f * (v[quad * 6].position[0] + v[quad * 6 + 2].position[0]); };
+    // One particle per 0.25 s moving along x at 1/s, living 1 s: after four steps the oldest has just died and the
+    // others are at x = 0.75, 0.5, 0.25 in birth order, aged as far as they moved.
     for (const bool sort : {false, true})
     {
-        auto group = System(std::string(sort ? "Sort TRUE " : "") + "TextureTile 2 2\n" + emitter);
+        auto group = System(std::string(sort ? "Sort TRUE " : "") +
+                            "TextureTile 2 2 Emitter Shape E Rate Param Fixed 4 Life Param Fixed 1 "
+                            "Velocity Param Fixed 1 0 0 EndEmitter");
         LxParticleSimulator sim(group->GetSystem(0), 1);
         for (int i = 0; i < 4; ++i)
             sim.Step(0.25f);
-        ASSERT_EQ(3u, sim.GetCount());
         LxArray<LxParticleSimulator::Vertex> quads;
-        // Unsorted, storage order (the newest took the dead one's place); sorted from far out on +x, the newest
-        // (smallest x) is farthest and comes first.
         sim.BuildBillboards(LxVector3(0, 0, 1), LxVector3(0, 1, 0), LxVector3(10, 0, 0), quads);
         ASSERT_EQ(18u, quads.GetCount());
+        // Unsorted, storage order (the newest took the dead one's place); sorted from far out on +x, the newest
+        // (smallest x) is farthest and comes first.
         const float expected[2][3] = {{0.25f, 0.75f, 0.5f}, {0.25f, 0.5f, 0.75f}};
         for (unsigned int q = 0; q < 3; ++q)
-            EXPECT_NEAR(expected[sort][q], center(quads, q), 1e-5f) << "sort " << sort << " quad " << q;
-        // Tiles by age over life, row by row: age 0.25 picks tile 1 (top right), 0.5 tile 2, 0.75 tile 3.
-        for (unsigned int q = 0; q < 3; ++q)
         {
-            const float x = center(quads, q);
-            const int tile = static_cast<int>(x * 4.0f + 0.5f); // the age equals x
-            float lo[2] = {1.0f, 1.0f}, hi[2] = {0.0f, 0.0f};
-            for (unsigned int k = 0; k < 6; ++k)
-                for (int a = 0; a < 2; ++a)
-                {
-                    lo[a] = std::min(lo[a], quads[q * 6 + k].uv[a]);
-                    hi[a] = std::max(hi[a], quads[q * 6 + k].uv[a]);
-                }
-            EXPECT_FLOAT_EQ(0.5f * (tile % 2), lo[0]) << "tile " << tile;
-            EXPECT_FLOAT_EQ(0.5f * (tile / 2), lo[1]) << "tile " << tile;
-            EXPECT_FLOAT_EQ(lo[0] + 0.5f, hi[0]);
-            EXPECT_FLOAT_EQ(lo[1] + 0.5f, hi[1]);
+            const LxParticleSimulator::Vertex& lowerLeft = quads[q * 6];
+            EXPECT_NEAR(expected[sort][q], lowerLeft.position[0], 1e-5f) << "sort " << sort << " quad " << q;
+            // Tiles by age over life, row by row: ages 0.25, 0.5, 0.75 pick tiles 1, 2, 3; the lower left corner
+            // lies at the tile's left edge and bottom.
+            const int tile = static_cast<int>(expected[sort][q] * 4.0f + 0.5f);
+            EXPECT_FLOAT_EQ(0.5f * (tile % 2), lowerLeft.uv[0]) << "tile " << tile;
+            EXPECT_FLOAT_EQ(0.5f * (tile / 2) + 0.5f, lowerLeft.uv[1]) << "tile " << tile;
         }
     }
 }
@@ -373,7 +310,6 @@ TEST(LxParticleSimulator, TailAndCollisionEmitters)
                "Action ColliderKill Floor Shape Plane Point 0 0.25 0 Normal 0 1 0 EndShape EndAction\n"
                "Action ColliderKill Far Shape Sphere Center 50 50 50 Radius 1 EndShape Invert FALSE EndAction");
     LxParticleSimulator sim(group->GetSystem(0), 3);
-    std::vector<LxVector3> heads;
     auto count = [&](unsigned int emitter)
     {
         unsigned int n = 0;
@@ -388,28 +324,27 @@ TEST(LxParticleSimulator, TailAndCollisionEmitters)
         sim.Step(0.1f);
     // 4/s: the first whole particle in the third step, one behind each head where it stood then (y = 1.2).
     ASSERT_EQ(2u, count(2));
-    for (unsigned int i = 0; i < sim.GetCount(); ++i)
-        if (sim.GetData()[i].emitter == 1)
-            heads.push_back(sim.GetData()[i].position);
+    EXPECT_EQ(3u, count(3));
+    EXPECT_EQ(0u, count(0));
+    float headX[2];
+    for (unsigned int i = 0, h = 0; i < sim.GetCount(); ++i)
+        if (sim.GetData()[i].emitter == 1 && h < 2)
+            headX[h++] = sim.GetData()[i].position.x;
     for (unsigned int i = 0; i < sim.GetCount(); ++i)
     {
         const LxParticleSimulator::Particle& p = sim.GetData()[i];
-        if (p.emitter != 2)
-            continue;
-        ExpectNear(LxVector3(0, 0.5f, 0), p.velocity, "inherited half");
-        // Then moved 0.05 in each of two steps, the transform's translation left out.
-        EXPECT_NEAR(1.3f, p.position.y, 1e-5f);
-        const bool behindOne =
-            std::fabs(heads[0].x - p.position.x) < 1e-5f || std::fabs(heads[1].x - p.position.x) < 1e-5f;
-        EXPECT_TRUE(behindOne) << p.position.x;
+        if (p.emitter == 2)
+        {
+            // Then moved 0.05 in each of two steps, the transform's translation left out, under one of the heads.
+            ExpectNear(LxVector3(0, 0.5f, 0), p.velocity, "inherited half");
+            EXPECT_NEAR(1.3f, p.position.y, 1e-5f);
+            EXPECT_TRUE(std::fabs(headX[0] - p.position.x) < 1e-5f || std::fabs(headX[1] - p.position.x) < 1e-5f);
+        }
+        // The drop left y = 0.5 at 1/s: below the floor after its third move, killed when the fourth step acted;
+        // the burst came there (y = 0.2) right after, and did not move (no velocity).
+        if (p.emitter == 3)
+            ExpectNear(LxVector3(9, 0.2f, 0), p.position, "burst where the drop died");
     }
-    // The drop left y = 0.5 at 1/s: below the floor after its third move, killed when the fourth step acted, and the
-    // burst was emitted there (y = 0.2) right after, then did not move (no velocity).
-    ASSERT_EQ(3u, count(3));
-    for (unsigned int i = 0; i < sim.GetCount(); ++i)
-        if (sim.GetData()[i].emitter == 3)
-            ExpectNear(LxVector3(9, 0.2f, 0), sim.GetData()[i].position, "burst where the drop died");
-    EXPECT_EQ(0u, count(0));
 }
 
 TEST(LxParticleSimulator, GroupFeedsCameraAndCurvesAndHonoursCulling)
