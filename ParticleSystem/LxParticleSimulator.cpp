@@ -478,12 +478,13 @@ void LxParticleSimulator::Act(const LxParticleElementDesc& a, unsigned int index
         if (!a.HasShape() || !frame.invertible)
             break;
         const LxParticleDomain& shape = a.GetShape();
+        const bool placed = !frame.matrix.IsIdentity();
         const LxParticleValue* invert = a.FindValue("Invert");
         const bool inverted = invert && invert->GetBool();
         for (unsigned int i = 0; i < count; ++i)
         {
-            // Tested in the collider's own frame.
-            const LxVector3 p = Point(frame.inverse, particles[i].position);
+            // Tested in the collider's own frame (most colliders have none: no transform to pay for).
+            const LxVector3 p = placed ? Point(frame.inverse, particles[i].position) : particles[i].position;
             bool hit = false;
             switch (shape.GetType())
             {
