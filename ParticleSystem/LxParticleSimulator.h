@@ -3,15 +3,24 @@
 // camera-facing quads that draw the particles. Deterministic: the same description, seed and steps give the same
 // particles, bit for bit (one LxMersenneTwister per simulator, drawn from in a fixed order).
 //
-// Emitters (any of the three kinds emit the same way) read, each optional:
+// Emitters read, each optional:
 //   Rate (particles per second, default 10), Life (seconds, default 1), Velocity (3 components), Speed (along the
 //   direction from the shape's centre to the new particle), Color (4 components, default white), Size (default 1),
 //   Rotation (radians), and the values MaxParticles (alive at once from this emitter, default 1000, at most
 //   1,000,000), Loop (default true) and Duration (seconds of emission; 0, the default, emits for ever).
 // A parameter is drawn per particle: fixed, uniform random, non-uniform random (min + (max - min) u^exponent), or
 // keyframed over the emitter's time (wrapped by Duration when looping). The emitter's shape (a point at the origin
-// without one) is sampled uniformly, inside or, with Surface, on its surface; its transform (translation, rotation
-// in degrees about x then y then z, scale) moves positions and velocities.
+// without one) is sampled uniformly, inside or, with Surface, on its surface.
+//
+// Transforms (of the system, of an emitter, of an action) are matrices rebuilt at every step. The items of one
+// transform compose in the order written, the first outermost: "Translation, Rotation, Scale" scales a point, then
+// turns it, then moves it. Rotation is in degrees about x, then y, then z; Shear (a b c) adds a*y + b*z to x and
+// c*z to y; an "Animation" item is its curve (then the second curve) at the system's time plus the item's offset.
+// The transform's type then places the result: World as it is, Camera in the camera's frame (SetCamera),
+// WorldRotCamPos at the camera's position with the world's axes, Animation under the transform's curve when no
+// "Animation" item already names it. The system's transform is applied over its emitters' and actions', so an
+// emitter's matrix is system * emitter: it moves new particles' positions and velocities (emitted particles keep
+// their place). Curves come from SetCurveSource; without one, or when a curve cannot be read, they are identities.
 //
 // Tail and collision emitters read the same members but are placed by other particles; their shape and transform
 // (without its translation) offset new particles from that place:
@@ -24,8 +33,8 @@
 // spawn again, within MaxParticles).
 //
 // Actions, applied in file order each step (other kinds are reported once when the simulator is made, and ignored):
-//   ConstAccel   Acceleration: velocity += a dt.
 // Every shape and vector of an action is read in the action's transformed frame:
+//   ConstAccel   Acceleration: velocity += a dt.
 //   OrbitPoint   Center (or the shape's centre), Strength, Epsilon (0.1): acceleration towards the centre of
 //                Strength / (distance^2 + Epsilon).
 //   OrbitLine    Start, End (or a Line shape), Strength, Epsilon: the same towards the nearest point of the line.
