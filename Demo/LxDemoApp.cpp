@@ -302,7 +302,9 @@ void LxDemoApp::Render()
 
 void LxDemoApp::TakeOverCamera()
 {
-    if (m_bFirstPersonActive || !m_firstPerson)
+    // A recorded run (a fixed clock) stays on its fly path whatever the window hears (the pointer resting over a new
+    // window sends moves), so that it renders the same frames every time.
+    if (m_bFirstPersonActive || !m_firstPerson || !m_options.interactive)
         return;
     if (m_flypath)
         m_frame->RemoveCameraController(m_flypath.get());
@@ -327,14 +329,14 @@ void LxDemoApp::KeyPressed(LxKeyEvent& event)
         return;
     }
     TakeOverCamera();
-    if (m_firstPerson)
+    if (m_bFirstPersonActive)
         m_firstPerson->KeyPressed(event);
 }
 
 void LxDemoApp::MouseMoved(LxMouseMoveEvent& event)
 {
-    TakeOverCamera();
-    if (m_firstPerson)
+    // Moves alone do not take the camera over (a button press does, as a key): they only turn it once it is taken.
+    if (m_bFirstPersonActive)
         m_firstPerson->MouseMoved(event);
 }
 

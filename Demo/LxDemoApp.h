@@ -9,12 +9,12 @@
 //   2. script messages: "frame(n, t)" is queued and the queue processed; the script's globals then drive the sky
 //      colours, the creatures' tint and the clear colour;
 //   3. object updates (poses, particle steps), then the active camera controller (the fly path, or the first-person
-//      controller once the user touches a key or the mouse);
+//      controller once the user presses a key or a mouse button in an interactive run);
 //   4. drawing between BeginScene and EndScene: the sky, then the objects culled against the camera's frustum,
 //      timed by GPU timers; a screenshot when the frame is a chosen one.
-// Keys: F5 reloads effects, objects and scripts; Escape quits; anything else hands the camera to the first-person
-// controller (W/A/S/D/Q/E, mouse with a button held). Content that fails to load is logged by file and left out;
-// the rest still runs. Everything runs on the window's thread.
+// Keys: F5 reloads effects, objects and scripts; Escape quits; in an interactive run any other key or mouse button
+// hands the camera to the first-person controller (W/A/S/D/Q/E, mouse with a button held). Content that fails to load
+// is logged by file and left out; the rest still runs. Everything runs on the window's thread.
 #pragma once
 
 #include "LxDemoFixedTimeSource.h"
