@@ -5,6 +5,8 @@
 // on a primitive's edge are left out of exact comparisons because the rasteriser's edge rules decide them.
 #include "support/LxTestSupport.h"
 
+#include "D3D12/LxD3D12TestHelpers.h"
+
 #include "../LxSceneTestUtil.h"
 
 #include "Common/LxImageData2D.h"
@@ -97,83 +99,18 @@ const char* const kBillboardEffect =
     "      float4 main(float4 position : SV_Position, float4 color : COLOR) : SV_Target { return color; }\n"
     "    EndPixelShader\n  }\n}\n";
 
-class Window
-{
-public:
-    bool Create()
-    {
-        m_instance = GetModuleHandleW(nullptr);
-        WNDCLASSEXW wc = {};
-        wc.cbSize = sizeof(wc);
-        wc.lpfnWndProc = DefWindowProcW;
-        wc.hInstance = m_instance;
-        wc.lpszClassName = kWindowClass;
-        m_registered = RegisterClassExW(&wc) != 0;
-        RECT rect = {0, 0, LONG(kSize), LONG(kSize)};
-        AdjustWindowRect(&rect, WS_OVERLAPPEDWINDOW, FALSE);
-        m_hwnd =
-            CreateWindowExW(0, kWindowClass, L"Lumex scene test", WS_OVERLAPPEDWINDOW, CW_USEDEFAULT, CW_USEDEFAULT,
-                            rect.right - rect.left, rect.bottom - rect.top, nullptr, nullptr, m_instance, nullptr);
-        return m_hwnd != nullptr;
-    }
-    HWND Handle() const { return m_hwnd; }
-    ~Window()
-    {
-        if (m_hwnd)
-            DestroyWindow(m_hwnd);
-        if (m_registered)
-            UnregisterClassW(kWindowClass, m_instance);
-    }
-
-private:
-    HINSTANCE m_instance = nullptr;
-    HWND m_hwnd = nullptr;
-    bool m_registered = false;
-};
-
 // One device, window and set of managers for the executable (device creation dominates a test's time under Wine).
 class D3D12SceneTest : public ::testing::Test
 {
 protected:
     static void SetUpTestSuite()
     {
-        s_window = new Window();
-        if (!s_window->Create())
-            return;
-        LxD3D12RenderManager::CreationDesc desc;
-        DXGI_SWAP_CHAIN_DESC& sc = desc.swapChainDesc;
-        sc.BufferDesc.Width = kSize;
-        sc.BufferDesc.Height = kSize;
-        sc.BufferDesc.Format = DXGI_FORMAT_R8G8B8A8_UNORM;
-        sc.SampleDesc.Count = 1;
-        sc.BufferUsage = DXGI_USAGE_RENDER_TARGET_OUTPUT;
-        sc.BufferCount = 2;
-        sc.OutputWindow = s_window->Handle();
-        sc.Windowed = TRUE;
-        sc.SwapEffect = DXGI_SWAP_EFFECT_FLIP_DISCARD;
-        desc.framesInFlight = 2;
-        desc.renderTargetDescriptors = 16;
-        desc.depthStencilDescriptors = 4;
-        desc.shaderResourceDescriptors = 64;
-        desc.samplerDescriptors = 16;
-        if (!LxD3D12RenderManager::Init(desc))
-            return;
-        s_rm = LxD3D12RenderManager::GetD3D12Ptr();
-        LxD3D12GPUResourceManager::RegisterCreateFunction();
-        LxGPUResourceManager::GetPtr();
-        s_gpu = LxD3D12GPUResourceManager::GetD3D12Ptr();
-        if (!s_gpu || !s_gpu->Initialize(8 * 1024 * 1024, 64))
-        {
-            s_gpu = nullptr;
-            return;
-        }
-        s_rm->GetFrameRing().AddFrameEndListener(s_gpu);
-        LxD3D12EffectManager::RegisterCreateFunction();
+        s_stack = new LxD3D12Test::ManagerStack();
         s_dir = LxTest::MakeTempDir("d3d12scene");
-        LxEffectManager::GetRef().AddSearchPath(s_dir.c_str());
-        LxEffectManager::GetRef().AddSearchPath((LxTest::DataDir() + "/effects/d3d12").c_str());
-        s_default = LxEffectManager::GetRef().LoadEffect("default.fx", LxEffectManager::LOAD_DEFAULT_EFFECT);
-        LxEffectManager::GetRef().SetDefaultEffect(s_default);
+        if (!s_stack->Create(kWindowClass, kSize, {s_dir, LxTest::DataDir() + "/effects/d3d12"}, &s_why))
+            return;
+        s_rm = s_stack->renderManager;
+        s_gpu = s_stack->resourceManager;
         // Handlers are resolved when an effect loads: both managers register first.
         LxObjectManager::GetRef().Initialize();
         LxObjectManager::GetRef().AddSearchPath(s_dir.c_str());
@@ -184,25 +121,15 @@ protected:
     }
     static void TearDownTestSuite()
     {
-        LxObjectManager::ShutDown();
-        LxCameraManager::ShutDown();
-        s_default = LxCountedPtr<LxEffect>();
-        LxEffectManager::ShutDown();
-        LxEffectManager::SetCreateFunction(nullptr);
-        if (s_rm && s_gpu)
-            s_rm->GetFrameRing().RemoveFrameEndListener(s_gpu);
-        LxGPUResourceManager::ShutDown();
-        LxGPUResourceManager::SetCreateFunction(nullptr);
-        LxRenderManager::ShutDown();
-        LxRenderManager::SetCreateFunction(nullptr);
+        delete s_stack; // the object and camera managers go first: objects hold effects
+        s_stack = nullptr;
         s_rm = nullptr;
         s_gpu = nullptr;
-        delete s_window;
-        s_window = nullptr;
+        s_ready = false;
     }
     void SetUp() override
     {
-        ASSERT_TRUE(s_ready) << "device, managers or the default effect could not be made";
+        ASSERT_TRUE(s_ready) << s_why;
         s_rm->SetClearColor(kClear[0] / 255.0f, kClear[1] / 255.0f, kClear[2] / 255.0f, 1.0f);
         s_rm->SetClearDepth(1.0f);
         m_camera = LxCameraManager::GetRef().CreateCamera("eye");
@@ -278,17 +205,17 @@ protected:
 
     LxCamera* m_camera = nullptr;
     static std::string s_dir;
-    static Window* s_window;
+    static LxD3D12Test::ManagerStack* s_stack;
+    static std::string s_why;
     static LxD3D12RenderManager* s_rm;
     static LxD3D12GPUResourceManager* s_gpu;
-    static LxCountedPtr<LxEffect> s_default;
     static bool s_ready;
 };
 std::string D3D12SceneTest::s_dir;
-Window* D3D12SceneTest::s_window = nullptr;
+LxD3D12Test::ManagerStack* D3D12SceneTest::s_stack = nullptr;
+std::string D3D12SceneTest::s_why;
 LxD3D12RenderManager* D3D12SceneTest::s_rm = nullptr;
 LxD3D12GPUResourceManager* D3D12SceneTest::s_gpu = nullptr;
-LxCountedPtr<LxEffect> D3D12SceneTest::s_default;
 bool D3D12SceneTest::s_ready = false;
 } // namespace
 
