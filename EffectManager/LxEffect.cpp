@@ -345,7 +345,11 @@ bool LxEffect::BeginPass(unsigned int index)
     // Application-updated parameters take this draw's values (the object being drawn, the active camera) before the
     // pass copies parameter values into its constant buffers.
     for (unsigned int i = 0; i < m_parameters.GetCount(); ++i)
-        m_parameters[i]->ExecuteUpdateHandler();
+    {
+        LxEffectParameter* parameter = m_parameters[i];
+        if (parameter->GetUpdateHandler())
+            parameter->ExecuteUpdateHandler();
+    }
     return pass->Bind(*this);
 }
 

@@ -281,10 +281,12 @@ void LxEffectParameter::SetAnnotations(const LxAnnotationMap& annotations)
 
 void LxEffectParameter::ExecuteUpdateHandler()
 {
-    if (!m_updateHandler || !AreAppUpdatesEnabled())
+    // Runs for every application-updated parameter of every pass bound: no call that is not needed.
+    if (!m_updateHandler || !g_appUpdatesEnabled.load(std::memory_order_relaxed))
         return;
-    m_updateHandler->Update(*this, m_pData, GetParameterSize());
-    ApplyColorConversion(0, m_nCount);
+    m_updateHandler->Update(*this, m_pData, kDataTypeSizes[m_type] * m_nCount);
+    if (m_bColorConversion)
+        ApplyColorConversion(0, m_nCount);
 }
 
 void LxEffectParameter::ReadColorConversion()
