@@ -104,17 +104,22 @@ def native_results(bin_dir, name, repetitions, cache):
     path = os.path.abspath(os.path.join(bin_dir, name))
     results = None
     if os.path.exists(path):
-        done = run([path, "--benchmark_format=json", "--benchmark_repetitions=%d" % repetitions,
-                    "--benchmark_report_aggregates_only=true", "--benchmark_enable_random_interleaving=true"])
-        if done.returncode == 0:
-            text = done.stdout[done.stdout.find("{"):]
-            results = {}
-            for b in json.loads(text)["benchmarks"]:
-                # One repetition has no aggregates: its single run stands for the median.
-                if b.get("aggregate_name") == "median" or (repetitions == 1 and b.get("run_type") == "iteration"):
-                    results[b.get("run_name", b["name"])] = b
-        else:
-            print(done.stdout[-3000:])
+        # The results go to a file of their own: what the library logs on the console stays out of the JSON.
+        with tempfile.TemporaryDirectory() as out_dir:
+            out = os.path.join(out_dir, "results.json")
+            done = run([path, "--benchmark_out=" + out, "--benchmark_out_format=json",
+                        "--benchmark_repetitions=%d" % repetitions, "--benchmark_report_aggregates_only=true",
+                        "--benchmark_enable_random_interleaving=true"])
+            if done.returncode == 0 and os.path.exists(out):
+                results = {}
+                with open(out) as f:
+                    for b in json.load(f)["benchmarks"]:
+                        # One repetition has no aggregates: its single run stands for the median.
+                        if b.get("aggregate_name") == "median" or (repetitions == 1 and
+                                                                   b.get("run_type") == "iteration"):
+                            results[b.get("run_name", b["name"])] = b
+            else:
+                print(done.stdout[-3000:])
     cache[name] = results
     return results
 
@@ -152,10 +157,11 @@ def figure(kind, args, cache):
         return float(results[name][field])
 
     try:
+        # CPU time: the single-threaded comparisons should not time what else the machine runs.
         if kind == "speed":
-            return get(args[2], "real_time") / get(args[1], "real_time"), None
+            return get(args[2], "cpu_time") / get(args[1], "cpu_time"), None
         if kind == "cost":
-            return get(args[1], "real_time") / get(args[2], "real_time"), None
+            return get(args[1], "cpu_time") / get(args[2], "cpu_time"), None
         if kind == "rate":
             return get(args[1], args[2]) * args[4], None
         if kind == "rates":
@@ -204,7 +210,7 @@ def main():
         f.write("Produced by `%s` on %s UTC.\n\n" % (a.command,
                                                       datetime.datetime.utcnow().strftime("%Y-%m-%d %H:%M")))
         f.write("Machine: %s, %d cores, %s %s. Native figures are medians of %d interleaved repetitions "
-                "(Google Benchmark); Windows-lane figures run under Wine 10 with lavapipe and print their own "
+                "(Google Benchmark; ratios of CPU time); Windows-lane figures run under Wine 10 with lavapipe and print their own "
                 "medians. Ratios compare Lumex with a baseline measured in the same run; bench/README.md says what "
                 "each baseline is and why the figures are what they are.\n\n"
                 % (cpu, os.cpu_count() or 0, platform.system(), platform.release(), a.repetitions))
