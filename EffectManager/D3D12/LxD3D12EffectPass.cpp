@@ -4,6 +4,7 @@
 #include "EffectManager/D3D12/LxD3D12DescriptorBinding.h"
 #include "EffectManager/D3D12/LxD3D12Effect.h"
 #include "EffectManager/D3D12/LxD3D12Shader.h"
+#include "EffectManager/D3D12/LxD3D12StateNames.h"
 #include "EffectManager/LxEffect.h"
 #include "EffectManager/LxEffectBuilder.h"
 #include "EffectManager/LxEffectTechnique.h"
@@ -17,69 +18,54 @@
 
 namespace
 {
-struct EnumName
-{
-    const char* name;
-    int value;
-};
-
-const EnumName kFillModes[] = {
+const LxD3D12StateName kFillModes[] = {
     {"POINT", D3D12_FILL_MODE_WIREFRAME}, // Direct3D 12 draws no point fill: wireframe is the nearest
     {"WIREFRAME", D3D12_FILL_MODE_WIREFRAME},
     {"SOLID", D3D12_FILL_MODE_SOLID},
     {nullptr, 0}};
-const EnumName kCullModes[] = {
+const LxD3D12StateName kCullModes[] = {
     {"NONE", D3D12_CULL_MODE_NONE}, {"FRONT", D3D12_CULL_MODE_FRONT}, {"BACK", D3D12_CULL_MODE_BACK}, {nullptr, 0}};
-const EnumName kComparisons[] = {{"NEVER", D3D12_COMPARISON_FUNC_NEVER},
-                                 {"LESS", D3D12_COMPARISON_FUNC_LESS},
-                                 {"EQUAL", D3D12_COMPARISON_FUNC_EQUAL},
-                                 {"LESSEQUAL", D3D12_COMPARISON_FUNC_LESS_EQUAL},
-                                 {"GREATER", D3D12_COMPARISON_FUNC_GREATER},
-                                 {"NOTEQUAL", D3D12_COMPARISON_FUNC_NOT_EQUAL},
-                                 {"GREATEREQUAL", D3D12_COMPARISON_FUNC_GREATER_EQUAL},
-                                 {"ALWAYS", D3D12_COMPARISON_FUNC_ALWAYS},
-                                 {nullptr, 0}};
-const EnumName kStencilOps[] = {{"KEEP", D3D12_STENCIL_OP_KEEP},
-                                {"ZERO", D3D12_STENCIL_OP_ZERO},
-                                {"REPLACE", D3D12_STENCIL_OP_REPLACE},
-                                {"INCRSAT", D3D12_STENCIL_OP_INCR_SAT},
-                                {"DECRSAT", D3D12_STENCIL_OP_DECR_SAT},
-                                {"INVERT", D3D12_STENCIL_OP_INVERT},
-                                {"INCR", D3D12_STENCIL_OP_INCR},
-                                {"DECR", D3D12_STENCIL_OP_DECR},
-                                {nullptr, 0}};
-const EnumName kBlends[] = {{"ZERO", D3D12_BLEND_ZERO},
-                            {"ONE", D3D12_BLEND_ONE},
-                            {"SRCCOLOR", D3D12_BLEND_SRC_COLOR},
-                            {"INVSRCCOLOR", D3D12_BLEND_INV_SRC_COLOR},
-                            {"SRCALPHA", D3D12_BLEND_SRC_ALPHA},
-                            {"INVSRCALPHA", D3D12_BLEND_INV_SRC_ALPHA},
-                            {"DESTALPHA", D3D12_BLEND_DEST_ALPHA},
-                            {"INVDESTALPHA", D3D12_BLEND_INV_DEST_ALPHA},
-                            {"DESTCOLOR", D3D12_BLEND_DEST_COLOR},
-                            {"INVDESTCOLOR", D3D12_BLEND_INV_DEST_COLOR},
-                            {"SRCALPHASAT", D3D12_BLEND_SRC_ALPHA_SAT},
-                            {"BLENDFACTOR", D3D12_BLEND_BLEND_FACTOR},
-                            {"INVBLENDFACTOR", D3D12_BLEND_INV_BLEND_FACTOR},
-                            {"SRC1COLOR", D3D12_BLEND_SRC1_COLOR},
-                            {"INVSRC1COLOR", D3D12_BLEND_INV_SRC1_COLOR},
-                            {"SRC1ALPHA", D3D12_BLEND_SRC1_ALPHA},
-                            {"INVSRC1ALPHA", D3D12_BLEND_INV_SRC1_ALPHA},
-                            {nullptr, 0}};
+const LxD3D12StateName kStencilOps[] = {{"KEEP", D3D12_STENCIL_OP_KEEP},
+                                        {"ZERO", D3D12_STENCIL_OP_ZERO},
+                                        {"REPLACE", D3D12_STENCIL_OP_REPLACE},
+                                        {"INCRSAT", D3D12_STENCIL_OP_INCR_SAT},
+                                        {"DECRSAT", D3D12_STENCIL_OP_DECR_SAT},
+                                        {"INVERT", D3D12_STENCIL_OP_INVERT},
+                                        {"INCR", D3D12_STENCIL_OP_INCR},
+                                        {"DECR", D3D12_STENCIL_OP_DECR},
+                                        {nullptr, 0}};
+const LxD3D12StateName kBlends[] = {{"ZERO", D3D12_BLEND_ZERO},
+                                    {"ONE", D3D12_BLEND_ONE},
+                                    {"SRCCOLOR", D3D12_BLEND_SRC_COLOR},
+                                    {"INVSRCCOLOR", D3D12_BLEND_INV_SRC_COLOR},
+                                    {"SRCALPHA", D3D12_BLEND_SRC_ALPHA},
+                                    {"INVSRCALPHA", D3D12_BLEND_INV_SRC_ALPHA},
+                                    {"DESTALPHA", D3D12_BLEND_DEST_ALPHA},
+                                    {"INVDESTALPHA", D3D12_BLEND_INV_DEST_ALPHA},
+                                    {"DESTCOLOR", D3D12_BLEND_DEST_COLOR},
+                                    {"INVDESTCOLOR", D3D12_BLEND_INV_DEST_COLOR},
+                                    {"SRCALPHASAT", D3D12_BLEND_SRC_ALPHA_SAT},
+                                    {"BLENDFACTOR", D3D12_BLEND_BLEND_FACTOR},
+                                    {"INVBLENDFACTOR", D3D12_BLEND_INV_BLEND_FACTOR},
+                                    {"SRC1COLOR", D3D12_BLEND_SRC1_COLOR},
+                                    {"INVSRC1COLOR", D3D12_BLEND_INV_SRC1_COLOR},
+                                    {"SRC1ALPHA", D3D12_BLEND_SRC1_ALPHA},
+                                    {"INVSRC1ALPHA", D3D12_BLEND_INV_SRC1_ALPHA},
+                                    {nullptr, 0}};
 // The operation names keep the doubled S of the effect language.
-const EnumName kBlendOps[] = {{"ADD", D3D12_BLEND_OP_ADD},
-                              {"SUBSTRACT", D3D12_BLEND_OP_SUBTRACT},
-                              {"REVSUBSTRACT", D3D12_BLEND_OP_REV_SUBTRACT},
-                              {"FACTORMIN", D3D12_BLEND_OP_MIN},
-                              {"FACTORMAX", D3D12_BLEND_OP_MAX},
-                              {nullptr, 0}};
-const EnumName kTessellationModes[] = {{"CONTINUOUS", 0}, {"ADAPTIVE", 1}, {"DISABLED", 2}, {nullptr, 0}};
-const EnumName kTessellationPrimitives[] = {{"TRIANGLE", 0}, {"QUAD", 1}, {"LINE", 2}, {nullptr, 0}};
-const EnumName kTopologyTypes[] = {{"POINT", D3D12_PRIMITIVE_TOPOLOGY_TYPE_POINT},
-                                   {"LINE", D3D12_PRIMITIVE_TOPOLOGY_TYPE_LINE},
-                                   {"TRIANGLE", D3D12_PRIMITIVE_TOPOLOGY_TYPE_TRIANGLE},
-                                   {"PATCH", D3D12_PRIMITIVE_TOPOLOGY_TYPE_PATCH},
-                                   {nullptr, 0}};
+const LxD3D12StateName kBlendOps[] = {{"ADD", D3D12_BLEND_OP_ADD},
+                                      {"SUBSTRACT", D3D12_BLEND_OP_SUBTRACT},
+                                      {"REVSUBSTRACT", D3D12_BLEND_OP_REV_SUBTRACT},
+                                      {"FACTORMIN", D3D12_BLEND_OP_MIN},
+                                      {"FACTORMAX", D3D12_BLEND_OP_MAX},
+                                      {nullptr, 0}};
+const LxD3D12StateName kTessellationModes[] = {{"CONTINUOUS", 0}, {"ADAPTIVE", 1}, {"DISABLED", 2}, {nullptr, 0}};
+const LxD3D12StateName kTessellationPrimitives[] = {{"TRIANGLE", 0}, {"QUAD", 1}, {"LINE", 2}, {nullptr, 0}};
+const LxD3D12StateName kTopologyTypes[] = {{"POINT", D3D12_PRIMITIVE_TOPOLOGY_TYPE_POINT},
+                                           {"LINE", D3D12_PRIMITIVE_TOPOLOGY_TYPE_LINE},
+                                           {"TRIANGLE", D3D12_PRIMITIVE_TOPOLOGY_TYPE_TRIANGLE},
+                                           {"PATCH", D3D12_PRIMITIVE_TOPOLOGY_TYPE_PATCH},
+                                           {nullptr, 0}};
 
 enum ValueKind
 {
@@ -150,7 +136,7 @@ struct StateInfo
     const char* name;
     StateId id;
     ValueKind kind;
-    const EnumName* values;
+    const LxD3D12StateName* values;
     bool perTarget; // takes a suffix 0-7 ("All" as well where allowsAll)
     bool allowsAll;
 };
@@ -169,18 +155,18 @@ const StateInfo kStates[] = {
     {"SampleMask", RS_SAMPLE_MASK, KIND_NUMBER, nullptr, false, false},
     {"ZEnable", RS_Z_ENABLE, KIND_BOOL, nullptr, false, false},
     {"ZWriteEnable", RS_Z_WRITE_ENABLE, KIND_BOOL, nullptr, false, false},
-    {"ZFunc", RS_Z_FUNC, KIND_ENUM, kComparisons, false, false},
+    {"ZFunc", RS_Z_FUNC, KIND_ENUM, kLxD3D12ComparisonNames, false, false},
     {"StencilEnable", RS_STENCIL_ENABLE, KIND_BOOL, nullptr, false, false},
     {"StencilReadMask", RS_STENCIL_READ_MASK, KIND_NUMBER, nullptr, false, false},
     {"StencilWriteMask", RS_STENCIL_WRITE_MASK, KIND_NUMBER, nullptr, false, false},
     {"StencilFailOp", RS_STENCIL_FAIL_OP, KIND_ENUM, kStencilOps, false, false},
     {"StencilZFailOp", RS_STENCIL_Z_FAIL_OP, KIND_ENUM, kStencilOps, false, false},
     {"StencilPassOp", RS_STENCIL_PASS_OP, KIND_ENUM, kStencilOps, false, false},
-    {"StencilFunc", RS_STENCIL_FUNC, KIND_ENUM, kComparisons, false, false},
+    {"StencilFunc", RS_STENCIL_FUNC, KIND_ENUM, kLxD3D12ComparisonNames, false, false},
     {"BackStencilFailOp", RS_BACK_STENCIL_FAIL_OP, KIND_ENUM, kStencilOps, false, false},
     {"BackStencilZFailOp", RS_BACK_STENCIL_Z_FAIL_OP, KIND_ENUM, kStencilOps, false, false},
     {"BackStencilPassOp", RS_BACK_STENCIL_PASS_OP, KIND_ENUM, kStencilOps, false, false},
-    {"BackStencilFunc", RS_BACK_STENCIL_FUNC, KIND_ENUM, kComparisons, false, false},
+    {"BackStencilFunc", RS_BACK_STENCIL_FUNC, KIND_ENUM, kLxD3D12ComparisonNames, false, false},
     {"StencilRef", RS_STENCIL_REF, KIND_NUMBER, nullptr, false, false},
     {"StencilOpValue", RS_STENCIL_OP_VALUE, KIND_NUMBER, nullptr, false, false},
     {"BackStencilOpValue", RS_STENCIL_OP_VALUE, KIND_NUMBER, nullptr, false, false},
@@ -199,7 +185,7 @@ const StateInfo kStates[] = {
     {"BlendFactor", RS_BLEND_FACTOR, KIND_VECTOR, nullptr, false, false},
     {"AlphaTestEnable", RS_ALPHA_TEST_ENABLE, KIND_BOOL, nullptr, false, false},
     {"AlphaRef", RS_ALPHA_REF, KIND_FLOAT, nullptr, false, false},
-    {"AlphaFunc", RS_ALPHA_FUNC, KIND_ENUM, kComparisons, false, false},
+    {"AlphaFunc", RS_ALPHA_FUNC, KIND_ENUM, kLxD3D12ComparisonNames, false, false},
     {"TessellationMode", RS_TESSELLATION_MODE, KIND_ENUM, kTessellationModes, false, false},
     {"TessellationPrimitiveType", RS_TESSELLATION_PRIMITIVE, KIND_ENUM, kTessellationPrimitives, false, false},
     {"TessellationUseSuperPrimIndices", RS_TESSELLATION_SUPER_PRIM, KIND_BOOL, nullptr, false, false},
@@ -237,19 +223,6 @@ const StateInfo* FindState(const LxString& name, int* target)
         }
     }
     return nullptr;
-}
-
-bool FindEnum(const EnumName* table, const LxString& text, int* value)
-{
-    for (; table && table->name; ++table)
-    {
-        if (text == table->name)
-        {
-            *value = table->value;
-            return true;
-        }
-    }
-    return false;
 }
 
 const char* KindWord(ValueKind kind)
@@ -483,7 +456,7 @@ bool LxD3D12EffectPass::ApplyRenderState(const LxString& name, const LxStateValu
         return false;
     int e = 0;
     DXGI_FORMAT format = DXGI_FORMAT_UNKNOWN;
-    if (info->kind == KIND_ENUM && !FindEnum(info->values, value.text, &e))
+    if (info->kind == KIND_ENUM && !LxD3D12FindStateName(info->values, value.text, &e))
     {
         error->Format("Invalid parameter for render state %s: %s", name.c_str(), value.text.c_str());
         return false;

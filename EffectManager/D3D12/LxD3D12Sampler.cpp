@@ -1,6 +1,7 @@
 #include "EffectManager/D3D12/LxD3D12Sampler.h"
 
 #include "Common/LxLogManager.h"
+#include "EffectManager/D3D12/LxD3D12StateNames.h"
 #include "EffectManager/LxEffectBuilder.h"
 
 #include <cfloat>
@@ -33,26 +34,12 @@ const FilterName kFilters[] = {
     {"COMPARISON_MIN_MAG_MIP_LINEAR", D3D12_FILTER_COMPARISON_MIN_MAG_MIP_LINEAR},
     {"COMPARISON_ANISOTROPIC", D3D12_FILTER_COMPARISON_ANISOTROPIC},
 };
-struct EnumName
-{
-    const char* name;
-    int value;
-};
-const EnumName kAddressModes[] = {{"WRAP", D3D12_TEXTURE_ADDRESS_MODE_WRAP},
-                                  {"MIRROR", D3D12_TEXTURE_ADDRESS_MODE_MIRROR},
-                                  {"CLAMP", D3D12_TEXTURE_ADDRESS_MODE_CLAMP},
-                                  {"BORDER", D3D12_TEXTURE_ADDRESS_MODE_BORDER},
-                                  {"MIRRORONCE", D3D12_TEXTURE_ADDRESS_MODE_MIRROR_ONCE},
-                                  {nullptr, 0}};
-const EnumName kComparisons[] = {{"NEVER", D3D12_COMPARISON_FUNC_NEVER},
-                                 {"LESS", D3D12_COMPARISON_FUNC_LESS},
-                                 {"EQUAL", D3D12_COMPARISON_FUNC_EQUAL},
-                                 {"LESSEQUAL", D3D12_COMPARISON_FUNC_LESS_EQUAL},
-                                 {"GREATER", D3D12_COMPARISON_FUNC_GREATER},
-                                 {"NOTEQUAL", D3D12_COMPARISON_FUNC_NOT_EQUAL},
-                                 {"GREATEREQUAL", D3D12_COMPARISON_FUNC_GREATER_EQUAL},
-                                 {"ALWAYS", D3D12_COMPARISON_FUNC_ALWAYS},
-                                 {nullptr, 0}};
+const LxD3D12StateName kAddressModes[] = {{"WRAP", D3D12_TEXTURE_ADDRESS_MODE_WRAP},
+                                          {"MIRROR", D3D12_TEXTURE_ADDRESS_MODE_MIRROR},
+                                          {"CLAMP", D3D12_TEXTURE_ADDRESS_MODE_CLAMP},
+                                          {"BORDER", D3D12_TEXTURE_ADDRESS_MODE_BORDER},
+                                          {"MIRRORONCE", D3D12_TEXTURE_ADDRESS_MODE_MIRROR_ONCE},
+                                          {nullptr, 0}};
 
 enum Kind
 {
@@ -78,19 +65,6 @@ const char* TypeWord(LxStateValue::Type type)
         return "a vector";
     }
     return "a";
-}
-
-bool FindEnum(const EnumName* table, const LxString& text, int* value)
-{
-    for (; table->name; ++table)
-    {
-        if (text == table->name)
-        {
-            *value = table->value;
-            return true;
-        }
-    }
-    return false;
 }
 
 float NumberOf(const LxStateValue& value)
@@ -168,7 +142,7 @@ bool LxD3D12Sampler::ApplyState(const LxString& name, const LxStateValue& value,
     if (kind == KIND_ENUM)
     {
         const bool address = name.c_str()[0] == 'A';
-        if (!FindEnum(address ? kAddressModes : kComparisons, value.text, &e))
+        if (!LxD3D12FindStateName(address ? kAddressModes : kLxD3D12ComparisonNames, value.text, &e))
         {
             error->Format("Invalid parameter for sampler state %s: %s", name.c_str(), value.text.c_str());
             return false;
