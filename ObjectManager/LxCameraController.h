@@ -22,5 +22,32 @@ public:
     virtual void FocusLost() {}
 
 protected:
+    // Longest step a controller moves by: a stall (a breakpoint, a slow load) must not fling the camera.
+    static constexpr float kMaxTimeStep = 0.25f;
+
+    // The seconds since the previous call, clamped to kMaxTimeStep. False when there is nothing to move: on the first
+    // call, which only records the time (*first set when given), and when time did not advance.
+    bool StepTime(double time, float* dt, bool* first = nullptr)
+    {
+        if (!m_bHaveStepTime)
+        {
+            m_bHaveStepTime = true;
+            m_stepTime = time;
+            if (first)
+                *first = true;
+            return false;
+        }
+        const float step = static_cast<float>(time - m_stepTime);
+        m_stepTime = time;
+        if (!(step > 0.0f))
+            return false;
+        *dt = step > kMaxTimeStep ? kMaxTimeStep : step;
+        return true;
+    }
+
     LxCamera* m_pCamera;
+
+private:
+    bool m_bHaveStepTime = false;
+    double m_stepTime = 0.0;
 };

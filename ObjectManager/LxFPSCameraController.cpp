@@ -7,7 +7,6 @@
 namespace
 {
 const float kHalfPi = 1.5707964f;
-const float kMaxStep = 0.25f;
 } // namespace
 
 LxFPSCameraController::LxFPSCameraController(LxCamera* camera)
@@ -129,18 +128,9 @@ LxVector3 LxFPSCameraController::GetTranslationAccelerationFromInput() const
 
 void LxFPSCameraController::Update(double time)
 {
-    if (!m_bHaveTime)
-    {
-        m_bHaveTime = true;
-        m_lastTime = time;
+    float dt = 0.0f;
+    if (!StepTime(time, &dt))
         return;
-    }
-    float dt = static_cast<float>(time - m_lastTime);
-    m_lastTime = time;
-    if (!(dt > 0.0f))
-        return;
-    if (dt > kMaxStep)
-        dt = kMaxStep;
     if (!m_pCamera)
         return;
     UpdateOrientation(dt);

@@ -78,6 +78,4 @@ private:
     float m_fPendingYaw = 0.0f, m_fPendingPitch = 0.0f;
     bool m_bHaveMouse = false;
     int m_nMouseX = 0, m_nMouseY = 0;
-    bool m_bHaveTime = false;
-    double m_lastTime = 0.0;
 };

@@ -8,7 +8,6 @@
 namespace
 {
 const float kPi = 3.14159265f;
-const float kMaxStep = 0.25f;
 enum
 {
     PAN_FORWARD = 1 << 0,
@@ -137,19 +136,14 @@ void LxRTSCameraController::MouseMoved(LxMouseMoveEvent& event)
 
 void LxRTSCameraController::Update(double time)
 {
-    if (!m_bHaveTime)
+    float dt = 0.0f;
+    bool first = false;
+    if (!StepTime(time, &dt, &first))
     {
-        m_bHaveTime = true;
-        m_lastTime = time;
-        PlaceCamera();
+        if (first)
+            PlaceCamera();
         return;
     }
-    float dt = static_cast<float>(time - m_lastTime);
-    m_lastTime = time;
-    if (!(dt > 0.0f))
-        return;
-    if (dt > kMaxStep)
-        dt = kMaxStep;
     const LxVector3 forward(std::sin(m_fYaw), 0.0f, std::cos(m_fYaw));
     const LxVector3 right(forward.z, 0.0f, -forward.x);
     LxVector3 move;

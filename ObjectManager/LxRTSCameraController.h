@@ -59,6 +59,4 @@ private:
     float m_limits[4] = {0.0f, 0.0f, 0.0f, 0.0f};
     bool m_bHaveMouse = false;
     int m_nMouseX = 0;
-    bool m_bHaveTime = false;
-    double m_lastTime = 0.0;
 };
